@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "LumoRTCLibWrapper/platform/system/UIView.h"
+
+class LMRTCEngine;
+class LMRTCVideoView;
+
+/// What a media SDK supplies. Implement it and install it before the first LMRTCIWEngine is created; the static
+/// operations of the SDK's classes reach the installed provider. Operations may be called on any thread.
+class LMRTCProvider {
+ public:
+  virtual ~LMRTCProvider() = default;
+
+  /// Installs the provider of the process; null removes it. An engine that exists keeps the SDK engine it has.
+  static void install(std::shared_ptr<LMRTCProvider> provider);
+  /// The installed provider, or null.
+  static std::shared_ptr<LMRTCProvider> installed();
+
+  /// The SDK's one engine, which the provider owns.
+  virtual std::shared_ptr<LMRTCEngine> sharedEngine() = 0;
+  /// The SDK's text for one of its result codes.
+  virtual std::string codeDesc(std::int64_t code) = 0;
+  /// A new video view. Main thread only.
+  virtual std::shared_ptr<LMRTCVideoView> createVideoView(const UIRect& frame) = 0;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+
+// The SDK's own numbers. Operations take and return plain integers, so that a value of a newer SDK passes through; these
+// names serve readers and implementers.
+
+/// What a stream carries.
+enum LMRTCMediaType : std::int64_t {
+  LMRTCMediaTypeAudio = 0,
+  LMRTCMediaTypeVideo = 1,
+};
+
+/// Whose stream it is.
+enum LMRTCMediaStreamType : std::int64_t {
+  LMRTCMediaStreamTypeNormal = 0,  ///< a user's microphone or camera
+  LMRTCMediaStreamTypeCustom = 1,  ///< an extra stream of a user, told apart by its tag
+  LMRTCMediaStreamTypeLive = 2,    ///< the live mix of a live room
+};
+
+/// Whether a stream is switched on at its source.
+enum LMRTCResourceState : std::int64_t {
+  LMRTCResourceStateDisabled = 0,
+  LMRTCResourceStateNormal = 1,
+};
+
+/// What a live room carries.
+enum LMRTCLiveType : std::int64_t {
+  LMRTCLiveTypeAudioVideo = 0,
+  LMRTCLiveTypeAudio = 1,
+};
+
+enum LMRTCRoomType : std::int64_t {
+  LMRTCRoomTypeNormal = 0,
+  LMRTCRoomTypeLive = 2,
+};
+
+/// The part a member plays in a live room.
+enum LMRTCRoleType : std::int64_t {
+  LMRTCRoleTypeBroadcaster = 0,
+  LMRTCRoleTypeAudience = 1,
+};
+
+/// How the server admits a member; the meaning of the numbers is the server's.
+enum LMRTCJoinRoomType : std::int64_t {
+  LMRTCJoinRoomTypeDefault = 0,
+  LMRTCJoinRoomTypeExclusive = 1,
+};
+
+/// Audio codecs are numbered by their RTP payload type.
+enum LMRTCAudioCodecType : std::int64_t {
+  LMRTCAudioCodecTypePCMU = 0,
+  LMRTCAudioCodecTypeOpus = 111,
+};
+
+/// How a picture fills a view of another shape.
+enum LMRTCVideoFillMode : std::int64_t {
+  LMRTCVideoFillModeStretch = 0,     ///< fill the view, ignoring the picture's shape
+  LMRTCVideoFillModeAspectFill = 1,  ///< fill the view, cropping what does not fit
+  LMRTCVideoFillModeAspectFit = 2,   ///< show the whole picture, with black bars
+};
+
+/// The tag that every default (microphone or camera) stream carries.
+inline constexpr char kLMRTCDefaultStreamTag[] = "LumoCloudRTC";

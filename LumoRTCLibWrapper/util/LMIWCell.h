@@ -1,0 +1,35 @@
+#pragma once
+
+#include <mutex>
+#include <utility>
+
+namespace lumo {
+
+/// A value that threads share by copying it in and out. The lock is held only for the copy or the move: no code of the
+/// host or the SDK runs under it, and a replaced value is destroyed after it is released.
+template <class T>
+class Cell {
+ public:
+  Cell() = default;
+  explicit Cell(T value) : value_(std::move(value)) {}
+
+  T get() const {
+    const std::lock_guard lock(mutex_);
+    return value_;
+  }
+
+  void set(T value) { exchange(std::move(value)); }
+
+  /// Stores `value` and returns what it replaces.
+  T exchange(T value) {
+    const std::lock_guard lock(mutex_);
+    std::swap(value_, value);
+    return value;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  T value_{};
+};
+
+}  // namespace lumo
