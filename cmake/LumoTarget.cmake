@@ -11,12 +11,10 @@ function(lumo_target target)
 endfunction()
 
 # lumo_install_library(<target> <headers>...): installs the library, exports it, and its headers under their own paths.
+# With the tests, every one of these headers is also compiled alone.
 function(lumo_install_library target)
+  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${ARGN})
   install(TARGETS ${target} EXPORT LumoRTCLibWrapperTargets
-          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  foreach(header IN LISTS ARGN)
-    cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY "${PROJECT_SOURCE_DIR}" OUTPUT_VARIABLE folder)
-    cmake_path(GET header PARENT_PATH subfolder)
-    install(FILES ${header} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}/${subfolder}")
-  endforeach()
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endfunction()
