@@ -5,8 +5,8 @@
 
 namespace lumo {
 
-/// A value that threads share by copying it in and out. The lock is held only for the copy or the move: no code of the
-/// host or the SDK runs under it, and a replaced value is destroyed after it is released.
+/// A value that threads share by copying it in and out. The lock is held only for the copy or the move: no
+/// code of the host or the SDK runs under it, and a replaced value is destroyed after it is released.
 template <class T>
 class Cell {
  public:

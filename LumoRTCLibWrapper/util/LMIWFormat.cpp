@@ -37,13 +37,27 @@ std::string_view placeholderAt(std::string_view text) {
 
 void FormatValue::appendTo(std::string& out) const {
   switch (kind_) {
-    case Kind::kAbsent: out += kAbsentText; break;
-    case Kind::kSigned: appendNumber(out, integer_); break;
-    case Kind::kUnsigned: appendNumber(out, static_cast<std::uint64_t>(integer_)); break;
-    case Kind::kDouble: appendNumber(out, double_); break;
-    case Kind::kText: out += text_; break;
-    case Kind::kList: appendList(out, *static_cast<const std::vector<std::string>*>(object_)); break;
-    case Kind::kObject: out += describe_(object_); break;
+    case Kind::kAbsent:
+      out += kAbsentText;
+      break;
+    case Kind::kSigned:
+      appendNumber(out, integer_);
+      break;
+    case Kind::kUnsigned:
+      appendNumber(out, static_cast<std::uint64_t>(integer_));
+      break;
+    case Kind::kDouble:
+      appendNumber(out, double_);
+      break;
+    case Kind::kText:
+      out += text_;
+      break;
+    case Kind::kList:
+      appendList(out, *static_cast<const std::vector<std::string>*>(object_));
+      break;
+    case Kind::kObject:
+      out += describe_(object_);
+      break;
   }
 }
 

@@ -17,16 +17,16 @@ concept Describable = requires(const T& value) {
   { value.description() } -> std::convertible_to<std::string>;
 };
 
-/// One value of a log or console line. It refers to what it was made from and renders it only when a line is really
-/// written, so passing values costs no allocation. Valid for the full expression that makes it.
+/// One value of a log or console line. It refers to what it was made from and renders it only when a line is
+/// really written, so passing values costs no allocation. Valid for the full expression that makes it.
 class FormatValue {
  public:
   /// An absent value; prints "(null)".
   FormatValue(std::nullopt_t) {}
   /// A number; booleans print as 0 and 1, enumerations as their number.
   template <class T>
-    requires std::integral<T> || std::is_enum_v<T>
-  FormatValue(T value) : kind_(std::is_signed_v<T> ? Kind::kSigned : Kind::kUnsigned) {
+  requires std::integral<T> || std::is_enum_v<T> FormatValue(T value)
+      : kind_(std::is_signed_v<T> ? Kind::kSigned : Kind::kUnsigned) {
     integer_ = static_cast<std::int64_t>(value);
   }
   /// A number, printed with the fewest digits that read back as the same value.
@@ -41,9 +41,10 @@ class FormatValue {
   FormatValue(const std::vector<std::string>& list) : kind_(Kind::kList), object_(&list) {}
   /// Any object with a `description()`.
   template <Describable T>
-  FormatValue(const T& value) : kind_(Kind::kObject), object_(&value), describe_([](const void* object) {
-    return std::string(static_cast<const T*>(object)->description());
-  }) {}
+  FormatValue(const T& value)
+      : kind_(Kind::kObject), object_(&value), describe_([](const void* object) {
+          return std::string(static_cast<const T*>(object)->description());
+        }) {}
 
   /// Appends the rendered value to `out`.
   void appendTo(std::string& out) const;
@@ -63,9 +64,9 @@ class FormatValue {
 
 using FormatValues = std::initializer_list<FormatValue>;
 
-/// Fills `format`: each of the placeholders %@, %zd, %ld and %d takes the next value, whatever its type, and %% prints
-/// a percent sign. A placeholder without a value prints "(null)"; surplus values are ignored; any other text, a lone
-/// percent sign included, is copied.
+/// Fills `format`: each of the placeholders %@, %zd, %ld and %d takes the next value, whatever its type, and
+/// %% prints a percent sign. A placeholder without a value prints "(null)"; surplus values are ignored; any
+/// other text, a lone percent sign included, is copied.
 std::string format(std::string_view format, FormatValues values);
 
 }  // namespace lumo

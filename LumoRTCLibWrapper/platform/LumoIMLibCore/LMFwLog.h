@@ -27,7 +27,8 @@ struct LMFwLogEntry {
   std::string keys;       ///< the parameters, filled in
 };
 
-/// The log facility: a level threshold in front of one replaceable sink. Every operation may be called on any thread.
+/// The log facility: a level threshold in front of one replaceable sink. Every operation may be called on any
+/// thread.
 class LMFwLog {
  public:
   /// Takes each entry, on the thread that wrote it; called from several threads at once.
@@ -50,8 +51,8 @@ class LMFwLog {
   /// The highest level that is still written; LMFwLogLevelInfo by default, LMFwLogLevelOff writes nothing.
   void setThreshold(std::int64_t level) { threshold_.store(level, std::memory_order_relaxed); }
 
-  /// Replaces the sink. An empty one brings back the default, which writes one line per entry to standard error: time,
-  /// level, tag, keys. Entries being written on other threads may still reach the old sink.
+  /// Replaces the sink. An empty one brings back the default, which writes one line per entry to standard
+  /// error: time, level, tag, keys. Entries being written on other threads may still reach the old sink.
   void setSink(Sink sink);
 
  private:

@@ -12,8 +12,8 @@ class LMRTCEngineEventDelegate;
 class LMRTCRoom;
 class LMRTCRoomConfig;
 
-/// The SDK's engine: one per process, owned by the SDK. Operations may be called on any thread; each completion is
-/// called once, later, on the SDK's thread.
+/// The SDK's engine: one per process, owned by the SDK. Operations may be called on any thread; each
+/// completion is called once, later, on the SDK's thread.
 class LMRTCEngine {
  public:
   using JoinCompletion = std::function<void(std::int64_t code, const std::shared_ptr<LMRTCRoom>& room)>;
@@ -34,7 +34,8 @@ class LMRTCEngine {
   virtual void unInit() = 0;
 
   /// Joins the main room. The completion gets the room when `code` is 0.
-  virtual void joinRoom(const std::string& roomId, const LMRTCRoomConfig& config, JoinCompletion completion) = 0;
+  virtual void joinRoom(const std::string& roomId, const LMRTCRoomConfig& config,
+                        JoinCompletion completion) = 0;
   /// Leaves the main room.
   virtual void leaveRoom(Completion completion) = 0;
 

@@ -18,8 +18,9 @@ class LMRTCAudioInputStream : public LMRTCInputStream {};
 
 class LMRTCVideoInputStream : public LMRTCInputStream {
  public:
-  /// Shows the stream in `view` from now on, in place of any earlier one; null shows it nowhere. The stream holds the
-  /// view weakly. A frame that is being rendered on the render thread may still reach the earlier view.
+  /// Shows the stream in `view` from now on, in place of any earlier one; null shows it nowhere. The stream
+  /// holds the view weakly. A frame that is being rendered on the render thread may still reach the earlier
+  /// view.
   virtual void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) = 0;
 };
 

@@ -11,8 +11,8 @@ class LMRTCInputStream;
 class LMRTCLiveInfo;
 class LMRTCOutputStream;
 
-/// The local member of a room. Operations may be called on any thread; each completion is called once, later, on the
-/// SDK's thread, with the SDK's code (0 for success).
+/// The local member of a room. Operations may be called on any thread; each completion is called once, later,
+/// on the SDK's thread, with the SDK's code (0 for success).
 class LMRTCLocalUser {
  public:
   using OutputStreams = std::vector<std::shared_ptr<LMRTCOutputStream>>;
@@ -32,10 +32,12 @@ class LMRTCLocalUser {
   virtual void unpublishStreams(const OutputStreams& streams, Completion completion) = 0;
 
   /// Publishes to a live room; the completion gets the control handle of the live mix.
-  virtual void publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, LiveCompletion completion) = 0;
+  virtual void publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream,
+                                 LiveCompletion completion) = 0;
   /// Publishes microphone and camera to a live room.
   virtual void publishDefaultLiveStreams(LiveCompletion completion) = 0;
-  virtual void unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) = 0;
+  virtual void unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream,
+                                   Completion completion) = 0;
   virtual void unpublishDefaultLiveStreams(Completion completion) = 0;
 
   /// Receives `streams` in normal size and `tinyStreams` in small size; each list may be absent.

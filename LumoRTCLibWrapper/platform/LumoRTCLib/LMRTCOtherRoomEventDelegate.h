@@ -9,8 +9,8 @@ class LMRTCInputStream;
 class LMRTCOtherRoom;
 class LMRTCRemoteUser;
 
-/// Hears of the events of joined other rooms, on the SDK's thread; `room` tells which. The events mean what those of
-/// LMRTCRoomEventDelegate mean.
+/// Hears of the events of joined other rooms, on the SDK's thread; `room` tells which. The events mean what
+/// those of LMRTCRoomEventDelegate mean.
 class LMRTCOtherRoomEventDelegate {
  public:
   using Room = std::shared_ptr<LMRTCOtherRoom>;

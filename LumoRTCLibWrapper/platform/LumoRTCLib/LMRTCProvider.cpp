@@ -16,7 +16,9 @@ lumo::Cell<std::shared_ptr<LMRTCProvider>>& providerCell() {
 
 }  // namespace
 
-void LMRTCProvider::install(std::shared_ptr<LMRTCProvider> provider) { providerCell().set(std::move(provider)); }
+void LMRTCProvider::install(std::shared_ptr<LMRTCProvider> provider) {
+  providerCell().set(std::move(provider));
+}
 
 std::shared_ptr<LMRTCProvider> LMRTCProvider::installed() { return providerCell().get(); }
 

@@ -9,13 +9,15 @@
 class LMRTCEngine;
 class LMRTCVideoView;
 
-/// What a media SDK supplies. Implement it and install it before the first LMRTCIWEngine is created; the static
-/// operations of the SDK's classes reach the installed provider. Operations may be called on any thread.
+/// What a media SDK supplies. Implement it and install it before the first LMRTCIWEngine is created; the
+/// static operations of the SDK's classes reach the installed provider. Operations may be called on any
+/// thread.
 class LMRTCProvider {
  public:
   virtual ~LMRTCProvider() = default;
 
-  /// Installs the provider of the process; null removes it. An engine that exists keeps the SDK engine it has.
+  /// Installs the provider of the process; null removes it. An engine that exists keeps the SDK engine it
+  /// has.
   static void install(std::shared_ptr<LMRTCProvider> provider);
   /// The installed provider, or null.
   static std::shared_ptr<LMRTCProvider> installed();

@@ -23,7 +23,8 @@ class LMRTCRoomEventDelegate {
 
   /// The first packet of media of a subscribed stream has been decoded.
   /// @param mediaType  LMRTCMediaType
-  virtual void didReportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream, std::int64_t mediaType) = 0;
+  virtual void didReportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream,
+                                   std::int64_t mediaType) = 0;
 
   virtual void didPublishStreams(const Streams& streams) = 0;
   virtual void didUnpublishStreams(const Streams& streams) = 0;

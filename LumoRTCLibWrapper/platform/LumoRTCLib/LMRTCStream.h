@@ -3,8 +3,9 @@
 #include <cstdint>
 #include <string>
 
-/// One audio or video stream, published by the local user (output) or by a remote one (input). What identifies a stream
-/// never changes, and every operation may be called on any thread, unless its own comment says otherwise.
+/// One audio or video stream, published by the local user (output) or by a remote one (input). What
+/// identifies a stream never changes, and every operation may be called on any thread, unless its own comment
+/// says otherwise.
 class LMRTCStream {
  public:
   virtual ~LMRTCStream() = default;

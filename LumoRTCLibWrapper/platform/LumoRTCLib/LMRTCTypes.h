@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-// The SDK's own numbers. Operations take and return plain integers, so that a value of a newer SDK passes through; these
-// names serve readers and implementers.
+// The SDK's own numbers. Operations take and return plain integers, so that a value of a newer SDK passes
+// through; these names serve readers and implementers.
 
 /// What a stream carries.
 enum LMRTCMediaType : std::int64_t {

@@ -6,8 +6,8 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
 #include "LumoRTCLibWrapper/platform/system/UIView.h"
 
-/// The SDK's video view: draws the frames of the stream that it is bound to. Its view operations and the two setters
-/// belong to the main thread, its renderer operations to the stream's render thread.
+/// The SDK's video view: draws the frames of the stream that it is bound to. Its view operations and the two
+/// setters belong to the main thread, its renderer operations to the stream's render thread.
 class LMRTCVideoView : public UIView, public LMRTCVideoRenderer {
  public:
   using UIView::UIView;

@@ -13,10 +13,10 @@ std::shared_ptr<LumoRTCI420Buffer> LumoRTCI420Buffer::create(std::int32_t width,
               std::move(memory));
 }
 
-std::shared_ptr<LumoRTCI420Buffer> LumoRTCI420Buffer::wrap(std::int32_t width, std::int32_t height, std::uint8_t* y,
-                                                           std::int32_t strideY, std::uint8_t* u,
-                                                           std::int32_t strideU, std::uint8_t* v,
-                                                           std::int32_t strideV,
+std::shared_ptr<LumoRTCI420Buffer> LumoRTCI420Buffer::wrap(std::int32_t width, std::int32_t height,
+                                                           std::uint8_t* y, std::int32_t strideY,
+                                                           std::uint8_t* u, std::int32_t strideU,
+                                                           std::uint8_t* v, std::int32_t strideV,
                                                            std::shared_ptr<const void> owner) {
   const std::shared_ptr<LumoRTCI420Buffer> buffer(new LumoRTCI420Buffer());
   buffer->width_ = width;

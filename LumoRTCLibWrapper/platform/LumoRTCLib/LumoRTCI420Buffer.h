@@ -3,13 +3,14 @@
 #include <cstdint>
 #include <memory>
 
-/// A picture in planar YUV 4:2:0 (I420, BT.601 limited range): a full-size Y plane, then a U and a V plane of half
-/// width and half height, both rounded up. Rows may be padded: a stride is the number of bytes from one row to the
-/// next and is at least the plane's width. A buffer is written by whoever made it and read-only once it is handed on.
+/// A picture in planar YUV 4:2:0 (I420, BT.601 limited range): a full-size Y plane, then a U and a V plane of
+/// half width and half height, both rounded up. Rows may be padded: a stride is the number of bytes from one
+/// row to the next and is at least the plane's width. A buffer is written by whoever made it and read-only
+/// once it is handed on.
 class LumoRTCI420Buffer {
  public:
-  /// A buffer of its own memory with tight rows: strideY is `width`, strideU and strideV are `(width + 1) / 2`. The
-  /// contents are undefined.
+  /// A buffer of its own memory with tight rows: strideY is `width`, strideU and strideV are `(width + 1) /
+  /// 2`. The contents are undefined.
   /// @param width,height  pixels, at least 1
   static std::shared_ptr<LumoRTCI420Buffer> create(std::int32_t width, std::int32_t height);
 

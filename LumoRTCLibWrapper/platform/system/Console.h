@@ -8,7 +8,8 @@
 
 namespace lumo {
 
-/// The system console: plain diagnostic lines, beside the structured log. Every operation may be called on any thread.
+/// The system console: plain diagnostic lines, beside the structured log. Every operation may be called on
+/// any thread.
 class Console {
  public:
   /// Takes each line, without its line end, on the thread that wrote it; called from several threads at once.

@@ -41,7 +41,8 @@ class BuiltInQueue {
     {
       const std::lock_guard lock(mutex_);
       ownThread_ = enabled;
-      if (ownThread_ && !tasks_.empty() && !thread_.joinable()) thread_ = std::thread([this] { runThread(); });
+      if (ownThread_ && !tasks_.empty() && !thread_.joinable())
+        thread_ = std::thread([this] { runThread(); });
     }
     changed_.notify_all();
   }
@@ -62,7 +63,8 @@ class BuiltInQueue {
     }
   }
 
-  /// Runs tasks until none waits. One thread at a time, so that tasks never overlap; the lock is open while one runs.
+  /// Runs tasks until none waits. One thread at a time, so that tasks never overlap; the lock is open while
+  /// one runs.
   std::size_t drain(std::unique_lock<std::mutex>& lock) {
     running_ = true;
     runner_ = std::this_thread::get_id();

@@ -15,7 +15,8 @@ struct UIRect {
 
 class UIView;
 
-/// Mirrors the view tree into a real toolkit. Every call comes on the thread that changes the view: the main thread.
+/// Mirrors the view tree into a real toolkit. Every call comes on the thread that changes the view: the main
+/// thread.
 class UIViewBackend {
  public:
   virtual ~UIViewBackend() = default;
@@ -24,13 +25,13 @@ class UIViewBackend {
   virtual void didRemoveFromSuperview(UIView& parent, UIView& child) = 0;
   virtual void didChangeFrame(UIView& view) = 0;
 
-  /// Installs the backend of the process; null (the default) keeps the tree in memory only. Views made before keep
-  /// reporting to whatever is installed when they change.
+  /// Installs the backend of the process; null (the default) keeps the tree in memory only. Views made before
+  /// keep reporting to whatever is installed when they change.
   static void install(std::shared_ptr<UIViewBackend> backend);
 };
 
-/// The system's view class: a rectangle in a tree of views, laid out from the root down. Main thread only. A parent
-/// owns its subviews; a view must be owned by a shared pointer before it is added to a parent.
+/// The system's view class: a rectangle in a tree of views, laid out from the root down. Main thread only. A
+/// parent owns its subviews; a view must be owned by a shared pointer before it is added to a parent.
 class UIView : public std::enable_shared_from_this<UIView> {
  public:
   explicit UIView(const UIRect& frame = {});
@@ -46,8 +47,8 @@ class UIView : public std::enable_shared_from_this<UIView> {
   UIView* superview() const { return superview_; }
   /// In drawing order: the last lies on top.
   const std::vector<std::shared_ptr<UIView>>& subviews() const { return subviews_; }
-  /// Puts `view` on top of the other subviews, after taking it from its present parent. A null view, or one that
-  /// contains this view, is ignored.
+  /// Puts `view` on top of the other subviews, after taking it from its present parent. A null view, or one
+  /// that contains this view, is ignored.
   void addSubview(const std::shared_ptr<UIView>& view);
   /// Takes the view out of its parent, if it has one.
   void removeFromSuperview();

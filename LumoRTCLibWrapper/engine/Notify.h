@@ -1,0 +1,39 @@
+#pragma once
+
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "LumoRTCLibWrapper/util/LMIWLog.h"
+
+// The bodies of LMRTCIWEngine's helpers for calling the host; included by the engine's sources only.
+
+template <class Callback>
+std::shared_ptr<const Callback> LMRTCIWEngine::listener(Callback LMRTCIWEngineDelegate::*field) const {
+  if (destroyed_) return nullptr;
+  const auto delegate = engineDelegate();
+  if (!delegate || !((*delegate).*field)) return nullptr;
+  return {delegate, &((*delegate).*field)};
+}
+
+template <class... Parameters, class... Arguments>
+bool LMRTCIWEngine::notify(std::function<void(Parameters...)> LMRTCIWEngineDelegate::*field,
+                           const Arguments&... arguments) const {
+  const auto callback = listener(field);
+  if (!callback) return false;
+  (*callback)(arguments...);
+  return true;
+}
+
+template <class Callback, class... Arguments>
+void LMRTCIWEngine::announceAs(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
+                               lumo::FormatValues values, const Arguments&... arguments) const {
+  const auto callback = listener(field);
+  if (!callback) return;
+  LMIMIWLog::listener(method, keys, values);
+  (*callback)(arguments...);
+}
+
+template <class Callback, class... Arguments>
+void LMRTCIWEngine::announce(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
+                             const Arguments&... arguments) const {
+  announceAs(field, method, keys, {arguments...}, arguments...);
+}

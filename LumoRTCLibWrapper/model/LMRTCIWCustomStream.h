@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+class LMRTCVideoOutputStream;
+
+/// An extra stream of the local user, kept under its tag.
+struct LMRTCIWCustomStream {
+  LMRTCIWCustomStream(std::int64_t streamType, std::shared_ptr<LMRTCVideoOutputStream> sdkStream)
+      : type(streamType), stream(std::move(sdkStream)) {}
+
+  std::int64_t type = 0;                           ///< kind of stream: 2 for a file
+  std::shared_ptr<LMRTCVideoOutputStream> stream;  ///< the SDK's stream
+};
