@@ -1,0 +1,198 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
+#include "LumoRTCLibWrapper/platform/system/Console.h"
+#include "LumoRTCLibWrapper/platform/system/MainQueue.h"
+#include "LumoRTCLibWrapper/util/LMRTCIWCodeDefine.h"
+#include "LumoRTCLibWrapper/views/LMRTCIWViewDelegate.h"
+#include "tests/support/FakeSdk.h"
+
+namespace lumo {
+
+/// Calls `visit(name, field)` for every callback of the listener.
+template <class Visitor>
+void forEachCallback(LMRTCIWEngineDelegate& host, const Visitor& visit) {
+#define LUMO_VISIT(name) visit(#name, host.name)
+  LUMO_VISIT(onRoomJoined);
+  LUMO_VISIT(onRoomLeft);
+  LUMO_VISIT(onKicked);
+  LUMO_VISIT(onSubRoomBanded);
+  LUMO_VISIT(onUserJoined);
+  LUMO_VISIT(onUserLeft);
+  LUMO_VISIT(onUserOffline);
+  LUMO_VISIT(onRemoteLiveRoleSwitched);
+  LUMO_VISIT(onRemotePublished);
+  LUMO_VISIT(onRemoteUnpublished);
+  LUMO_VISIT(onRemoteStateChanged);
+  LUMO_VISIT(onRemoteFirstFrame);
+  LUMO_VISIT(onRemoteCustomStreamPublished);
+  LUMO_VISIT(onRemoteCustomStreamUnpublished);
+  LUMO_VISIT(onRemoteCustomStreamStateChanged);
+  LUMO_VISIT(onRemoteCustomStreamFirstFrame);
+  LUMO_VISIT(onRemoteLiveMixPublished);
+  LUMO_VISIT(onRemoteLiveMixUnpublished);
+  LUMO_VISIT(onRemoteLiveMixFirstFrame);
+  LUMO_VISIT(onRemoteLiveMixInnerCdnStreamPublished);
+  LUMO_VISIT(onRemoteLiveMixInnerCdnStreamUnpublished);
+  LUMO_VISIT(onPublished);
+  LUMO_VISIT(onUnpublished);
+  LUMO_VISIT(onSubscribed);
+  LUMO_VISIT(onUnsubscribed);
+  LUMO_VISIT(onLiveMixSubscribed);
+  LUMO_VISIT(onLiveMixUnsubscribed);
+  LUMO_VISIT(onSeiReceived);
+  LUMO_VISIT(onLiveMixSeiReceived);
+#undef LUMO_VISIT
+}
+
+/// A view of the host that writes down what it is told.
+class RecordingView : public LMRTCIWViewDelegate, fake::Counted {
+ public:
+  RecordingView(std::shared_ptr<Trace> trace, std::string name)
+      : trace_(std::move(trace)), name_(std::move(name)) {}
+
+  std::int64_t getViewType() const override { return LMRTCIWViewTypeFlutter; }
+  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) override {
+    bound("setLocalView", stream.get());
+  }
+  void removeLocalView() override { trace_->add("view " + name_ + " removeLocalView"); }
+  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) override {
+    bound("setRemoteView", stream.get());
+  }
+  void removeRemoteView() override { trace_->add("view " + name_ + " removeRemoteView"); }
+  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) override {
+    bound("setInnerCdnView", stream.get());
+  }
+  void removeInnerCdnView() override { trace_->add("view " + name_ + " removeInnerCdnView"); }
+
+ private:
+  void bound(const std::string& what, const LMRTCStream* stream) {
+    trace_->add("view " + name_ + " " + what + " " + (stream ? stream->streamId() : "nil"));
+  }
+
+  const std::shared_ptr<Trace> trace_;
+  const std::string name_;
+};
+
+/// An engine on the SDK double, with a listener that has every callback. Log, console, SDK and listener write
+/// to one trace. The end of a test destroys the engine and fails when anything of it is still alive.
+class EngineTest : public ::testing::Test {
+ protected:
+  using Input = std::shared_ptr<LMRTCInputStream>;
+  using Inputs = std::vector<Input>;
+
+  void SetUp() override {
+    LMRTCProvider::install(sdk);
+    LMFwLog::getInstance().setSink([log = trace](const LMFwLogEntry& entry) { log->add(text(entry)); });
+    Console::setSink([log = trace](const std::string& line) { log->add("console " + line); });
+    MainQueue::setOwnThread(false);
+    sdk->engine->nextRoom.set(room);
+    engine = LMRTCIWEngine::create(setup);
+    listen();
+    trace->take();
+  }
+
+  void TearDown() override {
+    if (engine) engine->destroy();
+    sdk->context->owed.clear();
+    MainQueue::runPending();
+    const std::weak_ptr<LMRTCIWEngine> gone = std::exchange(engine, nullptr);
+    EXPECT_TRUE(gone.expired()) << "somebody keeps the engine alive";
+
+    LMFwLog::getInstance().setSink({});
+    Console::resetSink();
+    MainQueue::setOwnThread(true);
+    LMRTCProvider::install(nullptr);
+    sdk = nullptr;
+    room = nullptr;
+    EXPECT_EQ(0, fake::Counted::alive()) << "somebody keeps SDK objects alive";
+  }
+
+  /// Installs a new listener, with every callback but the named ones.
+  void listen(const std::set<std::string>& without = {}) {
+    auto listener = std::make_shared<LMRTCIWEngineDelegate>();
+    forEachCallback(*listener, [this, &without](const std::string& name, auto& field) {
+      if (!without.contains(name)) record(field, name);
+    });
+    host = listener;
+    engine->setEngineDelegate(listener);
+  }
+
+  /// Joins "r1" and forgets the trace of it.
+  void join(std::int64_t role = LMRTCIWRoleMeetingMember) {
+    auto roomSetup = std::make_shared<LMRTCIWRoomSetup>();
+    roomSetup->role = role;
+    EXPECT_EQ(0, engine->joinRoom("r1", roomSetup));
+    EXPECT_TRUE(sdk->complete());
+    trace->take();
+  }
+
+  /// Lets the SDK release the main room, as it does after leaving.
+  void releaseRoom() {
+    sdk->engine->nextRoom.set(nullptr);
+    room = nullptr;
+  }
+
+  Input audio(std::string user, std::int64_t state = 1) const {
+    return std::make_shared<fake::AudioInput>(
+        sdk->context, fake::StreamInfo{.userId = std::move(user), .resourceState = state});
+  }
+  Input video(std::string user, std::int64_t state = 1) const {
+    return std::make_shared<fake::VideoInput>(
+        sdk->context, fake::StreamInfo{.userId = std::move(user), .mediaType = 1, .resourceState = state});
+  }
+  /// Of any media type and stream kind; of the SDK's video stream class when it is video.
+  Input stream(std::string user, std::string tag, std::int64_t mediaType, std::int64_t kind = 1,
+               std::int64_t state = 1) const {
+    fake::StreamInfo info{std::move(user), std::move(tag), mediaType, kind, state};
+    if (mediaType == 1) return std::make_shared<fake::VideoInput>(sdk->context, std::move(info));
+    return std::make_shared<fake::OddInput>(sdk->context, std::move(info));
+  }
+
+  static std::shared_ptr<LMRTCRemoteUser> user(std::optional<std::string> id, Inputs streams = {}) {
+    return std::make_shared<fake::RemoteUser>(std::move(id), std::move(streams));
+  }
+
+  std::shared_ptr<RecordingView> view(std::string name) const {
+    return std::make_shared<RecordingView>(trace, std::move(name));
+  }
+
+  std::shared_ptr<fake::Provider> sdk = std::make_shared<fake::Provider>();
+  std::shared_ptr<Trace> trace = sdk->context->trace;
+  std::shared_ptr<fake::Room> room = std::make_shared<fake::Room>(sdk->context, "r1");
+  std::shared_ptr<LMRTCIWEngineSetup> setup = std::make_shared<LMRTCIWEngineSetup>();
+  std::shared_ptr<LMRTCIWEngine> engine;
+  std::shared_ptr<LMRTCIWEngineDelegate> host;
+
+ private:
+  static std::string text(const LMFwLogEntry& entry) {
+    EXPECT_EQ(1, entry.type);
+    return "log " + std::to_string(entry.level) + " " + entry.tag +
+           (entry.keys.empty() ? "" : " " + entry.keys);
+  }
+
+  template <class... Parameters>
+  void record(std::function<void(Parameters...)>& field, const std::string& name) const {
+    field = [log = trace, name](Parameters... parameters) {
+      std::ostringstream line;
+      line << "host " << name;
+      ((line << " " << parameters), ...);
+      log->add(line.str());
+    };
+  }
+};
+
+}  // namespace lumo

@@ -1,0 +1,131 @@
+#include "LumoRTCLibWrapper/model/LMRTCIWCustomStream.h"
+#include "tests/support/EngineTest.h"
+
+namespace lumo {
+namespace {
+
+using LifecycleTest = EngineTest;
+
+TEST_F(LifecycleTest, CreateInitialisesTheSdkFromTheFirstSetupOnly) {
+  engine->destroy();
+  trace->take();
+  setup->mediaUrl = "wss://media";
+  setup->reconnectable = true;
+  setup->statsReportInterval = 7;
+  setup->audioSetup->mixOtherAppsAudio = false;
+  setup->enableVersionMatch = true;
+
+  engine = LMRTCIWEngine::create(setup);
+  EXPECT_TRACE("log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
+               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
+               "sdk setMediaServerUrl wss://media",
+               "sdk initWithConfig reconnect:1 srtp:0 report:7 mix:0 mismatch:1",
+               "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
+  EXPECT_EQ(setup, engine->iwEngineSetup());
+  EXPECT_EQ(sdk->engine, engine->rtcEngine());
+
+  EXPECT_EQ(engine, LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>()));
+  EXPECT_TRACE();
+  EXPECT_EQ(engine, LMRTCIWEngine::create());
+  EXPECT_TRACE("log 4 IW/RTC-create-T");
+  EXPECT_EQ(setup, engine->iwEngineSetup());
+}
+
+TEST_F(LifecycleTest, AnAbsentSetupActsAsAllFalseAndZeroAndAFreshOneHasItsDefaults) {
+  engine->destroy();
+  trace->take();
+  engine = LMRTCIWEngine::create(nullptr);
+  EXPECT_TRACE("log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
+               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
+               "sdk initWithConfig reconnect:0 srtp:0 report:0 mix:0 mismatch:0",
+               "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
+  engine->destroy();
+  trace->take();
+  engine = LMRTCIWEngine::create();
+  EXPECT_TRACE("log 4 IW/RTC-create-T", "log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
+               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
+               "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
+               "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
+  engine->destroy();
+  trace->take();
+  setup->audioSetup = nullptr;
+  setup->videoSetup = nullptr;
+  engine = LMRTCIWEngine::create(setup);
+  EXPECT_NE(std::string::npos, trace->take().find("report:1 mix:0"));
+}
+
+TEST_F(LifecycleTest, DestroyEmptiesTheCachesAndKeepsTheListenerAndTheCdnFields) {
+  join();
+  const auto local = view("local");
+  engine->setLocalViewWithViewDelegate(local);
+  engine->setLiveInfo(std::make_shared<fake::LiveInfo>());
+  engine->setEffectSoundIdDict({{1, "file:///a"}});
+  engine->setRemoteVideoViewDict({{"u1", local}});
+  engine->setLocalCustomViews({{"t", local}});
+  engine->setRemoteCustomViews({{"u1@t", local}});
+  engine->setCustomStreams({{"file", std::make_shared<LMRTCIWCustomStream>(
+                                         2, std::make_shared<fake::FileOutput>(sdk->context, "file"))},
+                            {"other", std::make_shared<LMRTCIWCustomStream>(
+                                          1, std::make_shared<fake::FileOutput>(sdk->context, "other"))}});
+  engine->setSubs({{"s1", std::make_shared<fake::OtherRoom>(sdk->context, "s1")}});
+  engine->setAudioMixPlayProgress(0.5);
+  engine->setAudioMixingFileUrl("file:///b");
+  engine->setSessionId("s");
+  engine->setInnerCDNVideoResolution(3);
+  trace->take();
+
+  engine->destroy();
+  EXPECT_TRACE("log 4 IW/RTC-destroy-T", "sdk me_file.stop", "sdk s1.setDelegate nil", "sdk unInit",
+               "console LMRTCIWEngine destroy end");
+  EXPECT_FALSE(engine->iwEngineSetup() || engine->room() || engine->liveInfo() || engine->iwRoomSetup() ||
+               engine->iwLocalVideoView() || engine->rtcEngine());
+  EXPECT_TRUE(engine->effectSoundIdDict().empty() && engine->remoteVideoViewDict().empty() &&
+              engine->customStreams().empty() && engine->subs().empty() &&
+              engine->localCustomViews().empty() && engine->remoteCustomViews().empty());
+  EXPECT_EQ(0, engine->audioMixPlayProgress());
+  EXPECT_FALSE(engine->audioMixingFileUrl() || engine->sessionId());
+  EXPECT_EQ(host, engine->engineDelegate());
+  EXPECT_EQ(3, engine->innerCDNVideoResolution());
+}
+
+TEST_F(LifecycleTest, ADestroyedEngineFindsNothingAndANewOneStandsBesideIt) {
+  join();
+  engine->destroy();
+  const auto old = engine;
+  engine = LMRTCIWEngine::create(setup);
+  EXPECT_NE(old, engine);
+  trace->take();
+  EXPECT_EQ(LMRTCWrapperCodeLocalUserNotJoined, old->publish(0));
+  EXPECT_EQ("", old->getSessionId());
+  EXPECT_EQ(0, old->setAudioConfig(nullptr) + LMRTCWrapperCodeParameterError * -1);
+  EXPECT_TRACE("log 4 IW/RTC-publish-T type:0",
+               "log 2 IW/RTC-publish-E msg:room is nil or localUser is nil or iwRoomSetup is nil",
+               "log 4 IW/RTC-getSessionId-T",
+               "log 2 IW/RTC-getSessionId-E msg:room is nil or localUser is nil or iwRoomSetup is nil",
+               "log 4 IW/RTC-setAudioConfig-T quality:0,scenario:0,recordingVolume:0",
+               "log 2 IW/RTC-setAudioConfig-E msg:config is nil");
+}
+
+TEST_F(LifecycleTest, WeakPropertiesReadAsAbsentOnceTheirObjectIsGone) {
+  join();
+  engine->setLocalViewWithViewDelegate(view("gone at once"));
+  EXPECT_EQ(nullptr, engine->iwLocalVideoView());
+  releaseRoom();
+  EXPECT_EQ(nullptr, engine->room());
+  host = nullptr;
+  EXPECT_EQ(nullptr, engine->engineDelegate());
+}
+
+TEST_F(LifecycleTest, TheLogThresholdKeepsLinesFromTheSink) {
+  auto& log = LMFwLog::getInstance();
+  log.setThreshold(LMFwLogLevelError);
+  engine->joinRoom("r1", nullptr);
+  EXPECT_TRACE("log 2 IW/RTC-joinRoom-E msg:setup is nil");
+  log.setThreshold(LMFwLogLevelOff);
+  engine->joinRoom("r1", nullptr);
+  EXPECT_TRACE();
+  log.setThreshold(LMFwLogLevelInfo);
+}
+
+}  // namespace
+}  // namespace lumo

@@ -1,0 +1,205 @@
+#include "LumoRTCLibWrapper/views/LMRTCIWView.h"
+#include "tests/support/EngineTest.h"
+
+namespace lumo {
+namespace {
+
+using ViewBindingTest = EngineTest;
+using NativeViewTest = EngineTest;
+
+constexpr auto kBadParameter = LMRTCWrapperCodeParameterError;
+const std::shared_ptr<LMRTCIWView> kNoNativeView;
+
+TEST_F(ViewBindingTest, TheLocalViewGetsTheCameraAndIsHeldWeakly) {
+  auto local = view("local");
+  EXPECT_EQ(0, engine->setLocalViewWithViewDelegate(local));
+  EXPECT_TRACE("log 4 IW/RTC-setLocalViewWithViewDelegate-T view:1", "view local setLocalView me_cam");
+  EXPECT_EQ(0, engine->removeLocalView());
+  EXPECT_TRACE("log 4 IW/RTC-removeLocalView-T", "view local removeLocalView");
+  EXPECT_EQ(local, engine->iwLocalVideoView());
+  local = nullptr;
+  EXPECT_EQ(0, engine->removeLocalView());
+  EXPECT_TRACE("log 4 IW/RTC-removeLocalView-T");
+}
+
+TEST_F(ViewBindingTest, AnAbsentViewIsRefused) {
+  EXPECT_EQ(kBadParameter, engine->setLocalView(kNoNativeView));
+  EXPECT_TRACE("log 4 IW/RTC-setLocalView-T view:(null)",
+               "log 4 IW/RTC-setLocalViewWithViewDelegate-T view:(null)",
+               "log 2 IW/RTC-setLocalViewWithViewDelegate-E msg:view is nil");
+  EXPECT_EQ(kBadParameter, engine->setLiveMixView(kNoNativeView));
+  EXPECT_TRACE("log 4 IW/RTC-setLiveMixView-T view:(null)",
+               "log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:(null)",
+               "log 2 IW/RTC-setLiveMixViewWithViewDelegate-E msg:view is nil");
+}
+
+TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
+  struct Row {
+    std::string user;
+    Inputs streams;
+    std::string bound;
+  };
+  const auto notOfVideoClass = std::make_shared<fake::OddInput>(
+      sdk->context, fake::StreamInfo{.userId = "odd", .tag = "odd", .mediaType = 1});
+  const std::vector<Row> rows = {
+      {"u1",
+       {audio("u1"), stream("u1", "screen", 1), video("u1"), stream("u1", "second", 1, 0)},
+       "u1_LumoCloudRTC"},
+      {"u2", {audio("u2")}, "nil"},
+      {"u3", {notOfVideoClass, video("u3")}, "u3_LumoCloudRTC"},
+  };
+  join();
+  for (const Row& row : rows) {
+    room->users = {user(row.user, row.streams)};
+    const auto remote = view(row.user);
+    EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(remote, row.user));
+    EXPECT_TRACE("log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:" + row.user,
+                 "log 4 IW/RTC-getRemoteUser-T userId:" + row.user,
+                 "view " + row.user + " setRemoteView " + row.bound);
+    EXPECT_EQ(remote, engine->remoteVideoViewDict()[row.user]);
+  }
+}
+
+TEST_F(ViewBindingTest, RemoteViewsStayInTheMapUntilAnAbsentOneReplacesThem) {
+  room->users = {user("u1", {video("u1")})};
+  join();
+  EXPECT_EQ(LMRTCWrapperCodeRemoteUserNotJoined, engine->setRemoteView(kNoNativeView, "gone"));
+  EXPECT_TRACE("log 4 IW/RTC-setRemoteView-T userId:gone",
+               "log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:gone",
+               "log 4 IW/RTC-getRemoteUser-T userId:gone",
+               "log 2 IW/RTC-setRemoteViewWithViewDelegate-E msg:user is nil");
+  EXPECT_EQ(kBadParameter, engine->removeRemoteView("u1"));
+  EXPECT_TRACE("log 4 IW/RTC-removeRemoteView-T userId:u1");
+
+  engine->setRemoteViewWithViewDelegate(view("kept"), "u1");
+  trace->take();
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(0, engine->removeRemoteView("u1"));
+    EXPECT_TRACE("log 4 IW/RTC-removeRemoteView-T userId:u1",
+                 "log 2 IW/RTC-removeRemoteView-E msg:view is nil", "view kept removeRemoteView");
+  }
+  EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(nullptr, "u1"));
+  EXPECT_TRACE("log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:u1",
+               "log 4 IW/RTC-getRemoteUser-T userId:u1");
+  EXPECT_TRUE(engine->remoteVideoViewDict().empty());
+}
+
+TEST_F(ViewBindingTest, TheLiveMixViewNeedsNoRoomAndGetsTheFirstVideoStream) {
+  auto mix = view("mix");
+  EXPECT_EQ(0, engine->setLiveMixViewWithViewDelegate(mix));
+  EXPECT_TRACE("log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:1", "view mix setRemoteView nil");
+  room->live = {stream("mix", "audio", 0, 2), stream("mix", "video", 1, 2)};
+  join(LMRTCIWRoleLiveAudience);
+  EXPECT_EQ(0, engine->setLiveMixViewWithViewDelegate(mix));
+  EXPECT_TRACE("log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:1", "view mix setRemoteView mix_video");
+  EXPECT_EQ(0, engine->removeLiveMixView());
+  EXPECT_TRACE("log 4 IW/RTC-removeLiveMixView-T", "view mix removeRemoteView");
+  mix = nullptr;
+  EXPECT_EQ(0, engine->removeLiveMixView());
+  EXPECT_TRACE("log 4 IW/RTC-removeLiveMixView-T");
+}
+
+TEST_F(ViewBindingTest, NativeViewsGoThroughTheForwardingForms) {
+  room->users = {user("u1", {video("u1")})};
+  room->live = {stream("mix", "video", 1, 2)};
+  join();
+  const auto native = LMRTCIWView::create();
+  const std::string embed = "sdk createVideoView 0,0 0x0\nsdk view.setFillMode 2";
+  EXPECT_EQ(0, engine->setLocalView(native));
+  EXPECT_TRACE("log 4 IW/RTC-setLocalView-T view:1", "log 4 IW/RTC-setLocalViewWithViewDelegate-T view:1",
+               embed, "sdk me_cam.setVideoView view");
+  native->destroy();
+  trace->take();
+  EXPECT_EQ(0, engine->setRemoteView(native, "u1"));
+  EXPECT_TRACE("log 4 IW/RTC-setRemoteView-T userId:u1",
+               "log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:u1",
+               "log 4 IW/RTC-getRemoteUser-T userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView view");
+  native->destroy();
+  trace->take();
+  EXPECT_EQ(0, engine->setLiveMixView(native));
+  EXPECT_TRACE("log 4 IW/RTC-setLiveMixView-T view:1", "log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:1",
+               embed, "sdk mix_video.setVideoView view");
+}
+
+TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
+  const auto native = LMRTCIWView::create({5, 6, 320, 240});
+  native->setFitType(1);
+  EXPECT_EQ(LMRTCIWViewTypeNative, native->getViewType());
+  native->destroy();
+  EXPECT_TRACE();
+
+  const std::string embed = "sdk createVideoView 0,0 320x240\nsdk view.setFillMode 1";
+  const auto remote =
+      std::make_shared<fake::VideoInput>(sdk->context, fake::StreamInfo{.userId = "u1", .mediaType = 1});
+  native->setRemoteView(remote);
+  EXPECT_TRACE(embed, "sdk u1_LumoCloudRTC.setVideoView view");
+  EXPECT_EQ(remote, native->inputStream());
+  EXPECT_FALSE(native->isLocal());
+  ASSERT_EQ(1U, native->subviews().size());
+  EXPECT_EQ(native->rtcVideoView(), native->subviews()[0]);
+  native->removeRemoteView();
+  EXPECT_TRACE("sdk u1_LumoCloudRTC.setVideoView nil");
+  EXPECT_FALSE(native->inputStream() || native->rtcVideoView() || !native->subviews().empty());
+
+  const auto cdn = std::make_shared<fake::CdnInput>(sdk->context, fake::StreamInfo{.userId = "cdn"});
+  native->setInnerCdnView(cdn);
+  EXPECT_TRACE(embed, "sdk cdn_LumoCloudRTC.setVideoView view");
+  native->removeInnerCdnView();
+  EXPECT_TRACE("sdk cdn_LumoCloudRTC.setVideoView nil");
+  EXPECT_FALSE(native->cdnStream() || native->rtcVideoView() || native->isLocal());
+
+  native->setLocalView(sdk->engine->defaultVideoStream());
+  EXPECT_TRACE(embed, "sdk me_cam.setVideoView view");
+  EXPECT_TRUE(native->isLocal());
+  native->removeLocalView();
+  EXPECT_TRACE("sdk me_cam.setVideoView nil");
+  EXPECT_TRUE(native->isLocal());
+
+  native->setRemoteView(remote);
+  native->setLocalView(sdk->engine->defaultVideoStream());
+  EXPECT_EQ(2U, native->subviews().size());
+  trace->take();
+  native->destroy();
+  EXPECT_TRACE("sdk me_cam.setVideoView nil", "sdk u1_LumoCloudRTC.setVideoView nil");
+  EXPECT_EQ(1U, native->subviews().size());
+}
+
+TEST_F(NativeViewTest, AnAbsentStreamStillEmbedsAVideoView) {
+  const auto native = LMRTCIWView::create();
+  native->setRemoteView(nullptr);
+  EXPECT_TRUE(native->rtcVideoView());
+  native->removeRemoteView();
+  EXPECT_FALSE(native->rtcVideoView());
+  EXPECT_TRACE("sdk createVideoView 0,0 0x0", "sdk view.setFillMode 2");
+}
+
+TEST_F(NativeViewTest, FillModeIsAppliedAtEveryBindAndMirrorOnlyWhenSet) {
+  const std::vector<std::pair<std::int64_t, std::int64_t>> modes = {{0, 2}, {1, 1}, {2, 0},
+                                                                    {3, 0}, {7, 0}, {-1, 0}};
+  for (const auto& [fit, mode] : modes) EXPECT_EQ(mode, LMRTCIWView::toLMRTCVideoFillMode(fit)) << fit;
+
+  const auto native = LMRTCIWView::create();
+  native->setMirror(true);
+  native->setFitType(2);
+  EXPECT_TRACE();
+  native->setRemoteView(nullptr);
+  EXPECT_TRACE("sdk createVideoView 0,0 0x0", "sdk view.setFillMode 0");
+  native->setMirror(false);
+  native->setFitType(0);
+  EXPECT_TRACE("sdk view.setIsPreviewMirror 0", "sdk view.setFillMode 2");
+  EXPECT_EQ(0, native->fitType());
+  EXPECT_FALSE(native->mirror());
+}
+
+TEST_F(NativeViewTest, LayoutGivesTheVideoViewThePresentSizeAndKeepsItsOrigin) {
+  const auto native = LMRTCIWView::create({0, 0, 10, 10});
+  native->layoutIfNeeded();
+  native->setRemoteView(nullptr);
+  native->rtcVideoView()->setFrame({3, 4, 10, 10});
+  native->setFrame({50, 60, 200, 100});
+  native->layoutIfNeeded();
+  EXPECT_EQ((UIRect{3, 4, 200, 100}), native->rtcVideoView()->frame());
+}
+
+}  // namespace
+}  // namespace lumo
