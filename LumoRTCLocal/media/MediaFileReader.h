@@ -62,7 +62,7 @@ class MediaFileReader {
   /// picture.
   std::optional<MediaPicture> nextPicture();
 
-  /// The next piece of sound, at most a fifth of a second or so; nothing at the end of the file. Whoever
+  /// The next piece of sound, a fraction of a second; nothing at the end of the file. Whoever
   /// opened `both` reads both side by side: what is read ahead of one is kept for the other.
   std::optional<MediaSound> nextSound();
 
