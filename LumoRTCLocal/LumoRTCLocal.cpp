@@ -1,0 +1,168 @@
+#include "LumoRTCLocal/LumoRTCLocal.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/media/CameraInput.h"
+#include "LumoRTCLocal/media/TestPicture.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/sdk/LocalContext.h"
+#include "LumoRTCLocal/sdk/LocalEngine.h"
+#include "LumoRTCLocal/sdk/LocalProvider.h"
+#include "LumoRTCLocal/server/ScriptedParticipant.h"
+
+namespace {
+
+constexpr std::uint32_t kLocalSource = 0;
+constexpr std::size_t kLeastTidied = 64;
+
+std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Options& options) {
+  const auto context = std::make_shared<lumo::LocalContext>();
+  context->userId = options.userId;
+  context->timeline =
+      options.pace == LumoRTCLocal::Pace::manual ? lumo::Timeline::manual() : lumo::Timeline::realTime();
+  context->sdk = context->timeline->makeRunner("sdk");
+  context->operations = std::make_shared<lumo::Operations>(context->timeline, context->sdk);
+  context->server = std::make_shared<lumo::MediaServer>(context->sdk);
+  context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
+  context->speaker = std::make_shared<lumo::Speaker>();
+  return context;
+}
+
+std::int64_t roomTypeFor(LumoRTCLocal::Role role) {
+  return role == LumoRTCLocal::Role::member ? LMRTCRoomTypeNormal : LMRTCRoomTypeLive;
+}
+
+std::int64_t roleTypeFor(LumoRTCLocal::Role role) {
+  return role == LumoRTCLocal::Role::audience ? LMRTCRoleTypeAudience : LMRTCRoleTypeBroadcaster;
+}
+
+LumoRTCLocal::JoinResult refusal(std::int64_t code) {
+  return {code, std::string(lumo::localCodeText(code)), nullptr};
+}
+
+}  // namespace
+
+struct LumoRTCLocal::State {
+  explicit State(const Options& options)
+      : context(makeContext(options)),
+        camera(std::make_shared<lumo::CameraPipeline>(context->timeline, "camera",
+                                                      std::make_shared<lumo::TestPictureSource>(kLocalSource),
+                                                      lumo::VideoFormat())),
+        engine(std::make_shared<lumo::LocalEngine>(context, camera,
+                                                   lumo::ScriptedParticipant::makeTone(kLocalSource))),
+        provider(std::make_shared<lumo::LocalProvider>(engine)) {}
+
+  void keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant);
+
+  const std::shared_ptr<const lumo::LocalContext> context;
+  const std::shared_ptr<lumo::CameraPipeline> camera;
+  const std::shared_ptr<lumo::LocalEngine> engine;
+  const std::shared_ptr<lumo::LocalProvider> provider;
+
+  std::mutex mutex;  ///< guards what follows
+  std::uint32_t lastSource = kLocalSource;
+  std::vector<std::shared_ptr<lumo::ScriptedParticipant>> participants;
+  std::size_t tidyAt = kLeastTidied;  ///< how many there are when those who have left are dropped
+};
+
+void LumoRTCLocal::State::keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant) {
+  std::vector<std::shared_ptr<lumo::ScriptedParticipant>> gone;  // dropped after the lock
+  const std::lock_guard lock(mutex);
+  participants.push_back(participant);
+  if (participants.size() < tidyAt) return;
+  const auto left = std::ranges::partition(
+      participants, &lumo::ScriptedParticipant::isInRoom,
+      [](const auto& kept) -> const auto& { return *kept; });
+  gone.assign(std::move_iterator(left.begin()), std::move_iterator(left.end()));
+  participants.erase(left.begin(), left.end());
+  tidyAt = std::max(kLeastTidied, 2 * participants.size());
+}
+
+std::shared_ptr<LumoRTCLocal> LumoRTCLocal::install() { return install(Options()); }
+
+std::shared_ptr<LumoRTCLocal> LumoRTCLocal::install(const Options& options) {
+  std::shared_ptr<LumoRTCLocal> local(new LumoRTCLocal(std::make_unique<State>(options)));
+  LMRTCProvider::install(local->state_->provider);
+  return local;
+}
+
+LumoRTCLocal::LumoRTCLocal(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+LumoRTCLocal::~LumoRTCLocal() { uninstall(); }
+
+void LumoRTCLocal::uninstall() {
+  if (LMRTCProvider::installed() == state_->provider) LMRTCProvider::install(nullptr);
+  state_->engine->unInit();
+  std::vector<std::shared_ptr<lumo::ScriptedParticipant>> participants;
+  {
+    const std::lock_guard lock(state_->mutex);
+    participants.swap(state_->participants);
+  }
+  for (const auto& participant : participants) participant->leave();
+}
+
+std::optional<std::string> LumoRTCLocal::setCamera(const std::string& path) {
+  if (path.empty()) {
+    state_->camera->setSource(std::make_shared<lumo::TestPictureSource>(kLocalSource));
+    return std::nullopt;
+  }
+  auto opened = lumo::openCamera(path);
+  if (!opened.source) return std::move(opened.error);
+  state_->camera->setSource(std::move(opened.source));
+  return std::nullopt;
+}
+
+void LumoRTCLocal::setSpeaker(std::function<void(const lumo::AudioBlock&, lumo::Microseconds)> sink) {
+  state_->context->speaker->setSink(std::move(sink));
+}
+
+LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std::string& userId) {
+  return join(roomId, userId, ParticipantOptions());
+}
+
+LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std::string& userId,
+                                            const ParticipantOptions& options) {
+  lumo::CameraOpenResult camera;
+  if (!options.camera.empty()) {
+    camera = lumo::openCamera(options.camera);
+    if (!camera.source) return {lumo::LocalCodeCameraFailed, std::move(camera.error), nullptr};
+  }
+  const lumo::LocalContext& context = *state_->context;
+  const auto joined =
+      context.server->join({roomId, userId, roomTypeFor(options.role), roleTypeFor(options.role), false, {}});
+  if (joined.code != lumo::LocalCodeSuccess) return refusal(joined.code);
+
+  std::uint32_t number = 0;
+  {
+    const std::lock_guard lock(state_->mutex);
+    number = options.sourceNumber ? *options.sourceNumber : ++state_->lastSource;
+  }
+  lumo::ScriptedParticipant::Parts parts{context.timeline,        context.server, context.audio,
+                                         context.userId,          number,         options.video,
+                                         std::move(camera.source)};
+  const auto participant =
+      std::make_shared<lumo::ScriptedParticipant>(std::move(parts), joined.member, userId);
+  state_->keep(participant);
+  JoinResult result = refusal(lumo::LocalCodeSuccess);
+  result.participant = participant;
+  return result;
+}
+
+std::size_t LumoRTCLocal::advance(lumo::Microseconds duration) {
+  return state_->context->timeline->advance(duration);
+}
+
+lumo::Microseconds LumoRTCLocal::now() const { return state_->context->timeline->now(); }
+
+std::int64_t LumoRTCLocal::failNext(const std::string& operation, std::int64_t code, std::int32_t times) {
+  return state_->context->operations->failNext(operation, code, times);
+}
+
+std::int64_t LumoRTCLocal::delayNext(const std::string& operation, lumo::Microseconds duration) {
+  return state_->context->operations->delayNext(operation, duration);
+}

@@ -1,0 +1,176 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/media/VideoFormat.h"
+
+/// The in-process media SDK: real pictures and real sound, without devices or a network. A host that is being
+/// developed or tested installs it, uses LMRTCIWEngine as ever and scripts who else is in the room:
+///
+///   const auto local = LumoRTCLocal::install();
+///   const auto anna = local->join("room", "anna").participant;
+///   anna->publishVideo();
+///
+/// The local camera shows the test picture of source number 0 (see TestPicture.h), the local microphone hears
+/// a tone; a tone has 300 Hz plus 100 Hz times the source number. Captured media is sent while somebody has
+/// subscribed to it.
+///
+/// Result codes are those of LumoRTCLocal/sdk/LocalCodes.h; LMRTCCodeDefine::codeDesc gives their texts.
+/// Every operation may be called on any thread. Completions and room events come on one SDK thread, pictures
+/// on a render thread per bound stream, sound on one audio thread; at manual pace all of them run inside
+/// `advance`.
+class LumoRTCLocal {
+ public:
+  enum class Pace {
+    realTime,  ///< by the clock, on threads
+    manual,    ///< in `advance` only, on the calling thread; repeatable, for tests
+  };
+
+  struct Options {
+    Pace pace = Pace::realTime;
+    std::string userId = "local";  ///< of the local user
+  };
+
+  /// What a participant is in its room; it decides the kind of a room that does not exist yet.
+  enum class Role {
+    member,       ///< of a normal room
+    broadcaster,  ///< of a live room
+    audience,     ///< of a live room; may not publish
+  };
+
+  enum class Media { audio, video, audioAndVideo };
+
+  struct ParticipantOptions {
+    Role role = Role::member;
+    std::optional<std::uint32_t>
+        sourceNumber;         ///< of test picture and tone; else 1, 2, ... in the order of joining
+    lumo::VideoFormat video;  ///< of what its cameras send
+    std::string
+        camera;  ///< a video file or capture device for its default video stream; empty: the test picture
+  };
+
+  /// A scripted user in one room. Its operations take effect at once and answer with a code; after it has
+  /// left or was removed they answer LocalCodeNotInRoom. It leaves when nobody holds it and the LumoRTCLocal
+  /// is gone.
+  ///
+  /// Each video stream goes out in normal size and, for whoever subscribes to the small size, scaled down to
+  /// a shorter side of 180 pixels at 10 frames per second.
+  class Participant {
+   public:
+    /// One stream of the local user as it reached this participant.
+    using AudioSink =
+        std::function<void(const std::string& tag, const lumo::AudioBlock& block, lumo::Microseconds)>;
+    using VideoSink = std::function<void(const std::string& tag, const LMRTCVideoFrame& frame)>;
+
+    virtual ~Participant() = default;
+
+    virtual const std::string& userId() const = 0;
+    virtual std::uint32_t sourceNumber() const = 0;
+
+    /// Publishes the microphone, or the camera.
+    virtual std::int64_t publishAudio() = 0;
+    virtual std::int64_t publishVideo() = 0;
+    /// Publishes under `tag`: kLMRTCDefaultStreamTag for microphone and camera, else a custom stream. What
+    /// one call publishes is told in one event.
+    /// @param sourceNumber  what a custom stream shows and sounds like; absent: as the participant
+    virtual std::int64_t publish(const std::string& tag, Media media,
+                                 std::optional<std::uint32_t> sourceNumber = {}) = 0;
+
+    virtual std::int64_t unpublishAudio() = 0;
+    virtual std::int64_t unpublishVideo() = 0;
+    virtual std::int64_t unpublish(const std::string& tag, Media media) = 0;
+
+    /// Mutes a microphone, or switches a camera off: the stream sends nothing and its state is told. Works
+    /// before publishing too; the stream then starts in that state. The first forms concern the default
+    /// streams.
+    virtual std::int64_t mute(bool muted) = 0;
+    virtual std::int64_t mute(const std::string& tag, bool muted) = 0;
+    virtual std::int64_t disableVideo(bool disabled) = 0;
+    virtual std::int64_t disableVideo(const std::string& tag, bool disabled) = 0;
+
+    /// Live rooms only; whoever becomes audience stops publishing. LocalCodeNotALiveRoom for Role::member.
+    virtual std::int64_t switchRole(Role role) = 0;
+    /// Sends a text with the camera's pictures: it reaches those who have subscribed to them.
+    virtual std::int64_t sendSei(const std::string& text) = 0;
+
+    /// Stops publishing and leaves.
+    virtual std::int64_t leave() = 0;
+    /// As `leave`, but the others hear that the connection was lost.
+    virtual std::int64_t goOffline() = 0;
+    /// Makes the server remove a member, such as the local user, from the room.
+    /// @param reason  passed on to the removed member
+    virtual std::int64_t kick(const std::string& userId, std::int64_t reason) = 0;
+    /// Links the room with another one.
+    virtual std::int64_t linkRoom(const std::string& otherRoomId) = 0;
+
+    /// Receives the local user's streams of that kind from now on, those published later included, and hands
+    /// each block or frame to the sink, on the media thread that sent it. An empty sink receives nothing
+    /// more, though one call may still be under way.
+    /// @param tiny  the small size
+    virtual void onAudio(AudioSink sink) = 0;
+    virtual void onVideo(VideoSink sink, bool tiny = false) = 0;
+  };
+
+  struct JoinResult {
+    std::int64_t code = 0;
+    std::string message;  ///< the code's text; for a camera that fails, what is wrong with it
+    std::shared_ptr<Participant> participant;  ///< null unless code is 0
+  };
+
+  /// Installs LumoRTCLocal as the provider of the process. Before the first LMRTCIWEngine is created.
+  static std::shared_ptr<LumoRTCLocal> install();
+  static std::shared_ptr<LumoRTCLocal> install(const Options& options);
+
+  /// As `uninstall`.
+  ~LumoRTCLocal();
+  LumoRTCLocal(const LumoRTCLocal&) = delete;
+  LumoRTCLocal& operator=(const LumoRTCLocal&) = delete;
+
+  /// Un-initialises the SDK engine, makes the participants leave and removes the provider, if it is still
+  /// installed.
+  void uninstall();
+
+  /// Makes the local camera capture from a video file or a capture device, before or during a call; an empty
+  /// path brings the test picture back.
+  /// @return nothing, or what is wrong, for people; the camera then stays as it is
+  std::optional<std::string> setCamera(const std::string& path);
+
+  /// Plays what the local user hears: the mix of all subscribed streams that are not muted, one block per 10
+  /// ms for as long as the local user is in a room, on the audio thread. An empty sink plays nothing.
+  void setSpeaker(std::function<void(const lumo::AudioBlock& block, lumo::Microseconds time)> sink);
+
+  /// Puts a user into a room.
+  JoinResult join(const std::string& roomId, const std::string& userId);
+  JoinResult join(const std::string& roomId, const std::string& userId, const ParticipantOptions& options);
+
+  /// At manual pace, moves time forward and runs everything that falls due; 0 runs what is due now.
+  /// @return the number of tasks run
+  std::size_t advance(lumo::Microseconds duration);
+  /// The present time on the clock of all timestamps.
+  lumo::Microseconds now() const;
+
+  /// Makes the next calls of an SDK operation fail with `code`, without doing anything. The operations are:
+  /// joinRoom, leaveRoom, publishStreams, unpublishStreams, publishLiveStream, publishDefaultLiveStreams,
+  /// unpublishLiveStream, unpublishDefaultLiveStreams, subscribeStream, unsubscribeStreams.
+  /// @param times  how many calls; 0 takes an earlier order back
+  /// @return LocalCodeUnknownOperation for any other name
+  std::int64_t failNext(const std::string& operation, std::int64_t code, std::int32_t times = 1);
+  /// Makes the next call of an SDK operation take effect, and answer, that much later. Operations as for
+  /// failNext.
+  std::int64_t delayNext(const std::string& operation, lumo::Microseconds duration);
+
+ private:
+  struct State;
+
+  explicit LumoRTCLocal(std::unique_ptr<State> state);
+
+  const std::unique_ptr<State> state_;
+};

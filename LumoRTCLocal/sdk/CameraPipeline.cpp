@@ -1,0 +1,174 @@
+#include "LumoRTCLocal/sdk/CameraPipeline.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "LumoRTCLocal/media/Picture.h"
+#include "LumoRTCLocal/sdk/VideoPresets.h"
+
+namespace lumo {
+namespace {
+
+constexpr std::int64_t kSecond = Microseconds(std::chrono::seconds(1)).count();
+
+Microseconds gridTime(Microseconds start, std::int64_t picture, std::int32_t framesPerSecond) {
+  return start + Microseconds((picture * kSecond + framesPerSecond - 1) / framesPerSecond);
+}
+
+}  // namespace
+
+/// What one capture works with: a copy, so that no lock is held meanwhile.
+struct CameraPipeline::Step {
+  Settings settings;
+  std::shared_ptr<FrameDelivery> delivery;
+  Microseconds time{0};
+};
+
+CameraPipeline::CameraPipeline(std::shared_ptr<Timeline> timeline, std::string name,
+                               std::shared_ptr<VideoSource> source, const VideoFormat& format)
+    : timeline_(std::move(timeline)), name_(std::move(name)) {
+  settings_.source = std::move(source);
+  settings_.format = format;
+}
+
+template <class Change>
+void CameraPipeline::change(Change apply) {
+  const std::lock_guard lock(mutex_);
+  apply(settings_);
+  if (!running_ && isWantedLocked()) startLocked();
+}
+
+void CameraPipeline::setSource(std::shared_ptr<VideoSource> source) {
+  change([&source](Settings& settings) {
+    std::swap(settings.source, source);  // the former one goes after the lock
+    settings.sourceStart = Microseconds(-1);
+  });
+}
+
+void CameraPipeline::setFormat(const VideoFormat& format) {
+  change([this, &format](Settings& settings) {
+    if (format.framesPerSecond != settings.format.framesPerSecond) running_ = false;  // onto another grid
+    settings.format = format;
+  });
+}
+
+VideoFormat CameraPipeline::format() const {
+  const std::lock_guard lock(mutex_);
+  return settings_.format;
+}
+
+void CameraPipeline::setMirror(bool mirror) {
+  change([mirror](Settings& settings) { settings.mirror = mirror; });
+}
+
+void CameraPipeline::setTinyEnabled(bool enabled) {
+  change([enabled](Settings& settings) { settings.tinyEnabled = enabled; });
+}
+
+void CameraPipeline::setTinyFormat(std::optional<VideoFormat> format) {
+  change([&format](Settings& settings) { settings.tinyFormat = format; });
+}
+
+VideoFormat CameraPipeline::tinyFormat() const {
+  const std::lock_guard lock(mutex_);
+  return settings_.tinyFormat.value_or(defaultTinyFormat(settings_.format));
+}
+
+void CameraPipeline::setActive(bool active) {
+  change([active](Settings& settings) { settings.active = active; });
+}
+
+void CameraPipeline::setPreview(const std::shared_ptr<LMRTCVideoRenderer>& renderer) {
+  std::shared_ptr<FrameDelivery> delivery;
+  change([&](Settings& settings) {
+    settings.preview = renderer;
+    if (renderer && !delivery_) delivery_ = std::make_shared<FrameDelivery>(*timeline_, name_ + " preview");
+    delivery = delivery_;
+  });
+  if (delivery) delivery->setRenderer(renderer);
+}
+
+void CameraPipeline::setPublication(std::shared_ptr<Publication> publication) {
+  change([&publication](Settings& settings) { std::swap(settings.publication, publication); });
+}
+
+void CameraPipeline::update() {
+  change([](Settings&) {});
+}
+
+bool CameraPipeline::isWantedLocked() const {
+  if (!settings_.active) return false;
+  if (settings_.publication && settings_.publication->isWanted()) return true;
+  return !settings_.preview.expired();
+}
+
+void CameraPipeline::startLocked() {
+  running_ = true;
+  ++run_;
+  runStart_ = timeline_->now();
+  nextPicture_ = 0;
+  if (!runner_) runner_ = timeline_->makeRunner(name_);
+  schedule(run_, runStart_);
+}
+
+void CameraPipeline::schedule(std::uint64_t run, Microseconds time) {
+  // The runner ends before the pipeline does, so that its tasks need no owner; two words also fit into the
+  // task without an allocation.
+  runner_->postAt(time, [this, run] { capture(run); });
+}
+
+void CameraPipeline::capture(std::uint64_t run) {
+  const auto self = weak_from_this().lock();
+  Step step;
+  if (!self || !beginStep(run, step)) return;
+  const Settings& settings = step.settings;
+  if (auto picture = settings.source->frameAt(step.time - settings.sourceStart, settings.format)) {
+    const LMRTCVideoFrame frame = wrapper_.wrap(picture, step.time);
+    if (step.delivery) step.delivery->offer(frame);
+    if (settings.publication && settings.publication->isWanted()) send(step, picture, frame);
+  }
+  endStep(run);
+}
+
+bool CameraPipeline::beginStep(std::uint64_t run, Step& step) {
+  const std::lock_guard lock(mutex_);
+  if (run != run_ || !running_) return false;
+  running_ = isWantedLocked();
+  if (!running_) return false;
+  step.time = timeline_->now();
+  if (settings_.sourceStart < Microseconds(0)) settings_.sourceStart = step.time;
+  step.settings = settings_;
+  step.delivery = delivery_;
+  return true;
+}
+
+void CameraPipeline::endStep(std::uint64_t run) {
+  const std::lock_guard lock(mutex_);
+  if (run != run_ || !running_) return;
+  const std::int64_t elapsed = (timeline_->now() - runStart_).count();
+  const std::int64_t past =
+      elapsed * settings_.format.framesPerSecond / kSecond;  // a slow source skips pictures
+  nextPicture_ = std::max(nextPicture_ + 1, past);
+  schedule(run, gridTime(runStart_, nextPicture_, settings_.format.framesPerSecond));
+}
+
+void CameraPipeline::send(const Step& step, const std::shared_ptr<const LumoRTCI420Buffer>& picture,
+                          const LMRTCVideoFrame& frame) {
+  const Settings& settings = step.settings;
+  const auto sent = settings.mirror ? mirrored(*picture, pool_) : picture;
+  const LMRTCVideoFrame normal = settings.mirror ? wrapper_.wrap(sent, step.time) : frame;
+  settings.publication->sendVideo(normal, false);
+  if (!settings.publication->isTinyWanted()) return;
+  if (!settings.tinyEnabled) return settings.publication->sendVideo(normal, true);
+  const VideoFormat tiny = settings.tinyFormat.value_or(defaultTinyFormat(settings.format));
+  if (!isTinyDue(tiny, step.time)) return;
+  settings.publication->sendVideo(wrapper_.wrap(scaled(sent, tiny.width, tiny.height, pool_), step.time),
+                                  true);
+}
+
+bool CameraPipeline::isTinyDue(const VideoFormat& tiny, Microseconds time) {
+  const std::int64_t number = time.count() * tiny.framesPerSecond / kSecond;
+  return std::exchange(lastTiny_, number) != number;
+}
+
+}  // namespace lumo

@@ -1,0 +1,44 @@
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+
+#include <algorithm>
+
+namespace lumo {
+namespace {
+
+struct CodeText {
+  std::int64_t code;
+  std::string_view text;
+};
+
+constexpr CodeText kCodeTexts[] = {
+    {LocalCodeSuccess, "Success"},
+    {LocalCodeNotInitialised, "The engine is not initialised"},
+    {LocalCodeEmptyRoomId, "The room id is empty"},
+    {LocalCodeAlreadyInRoom, "Already in a room"},
+    {LocalCodeNotInRoom, "Not in a room"},
+    {LocalCodeUserIdTaken, "The user id is taken in this room"},
+    {LocalCodeEmptyUserId, "The user id is empty"},
+    {LocalCodeUserNotInRoom, "The user is not in the room"},
+    {LocalCodeRoomKindMismatch, "The room is of another kind"},
+    {LocalCodeNotALiveRoom, "The room is not a live room"},
+    {LocalCodeNotANormalRoom, "The room is not a normal room"},
+    {LocalCodeSameRole, "The member has this role already"},
+    {LocalCodeNoStreams, "No streams were given"},
+    {LocalCodeUnknownStream, "The stream is unknown"},
+    {LocalCodeAlreadyPublished, "The stream is published already"},
+    {LocalCodeNotPublished, "The stream is not published"},
+    {LocalCodeAudienceMayNotPublish, "An audience member may not publish"},
+    {LocalCodeStreamGone, "The stream is no longer published"},
+    {LocalCodeNotSubscribed, "The stream is not subscribed"},
+    {LocalCodeCameraFailed, "The camera cannot be opened"},
+    {LocalCodeUnknownOperation, "No operation has this name"},
+};
+
+}  // namespace
+
+std::string_view localCodeText(std::int64_t code) {
+  const auto* const entry = std::ranges::find(kCodeTexts, code, &CodeText::code);
+  return entry == std::end(kCodeTexts) ? "Unknown code" : entry->text;
+}
+
+}  // namespace lumo

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/sdk/Operations.h"
+#include "LumoRTCLocal/sdk/Speaker.h"
+#include "LumoRTCLocal/server/AudioExchange.h"
+#include "LumoRTCLocal/server/MediaServer.h"
+
+namespace lumo {
+
+/// What the objects of one SDK share. All of it is set when it is made and may be used on any thread.
+struct LocalContext {
+  std::string userId;  ///< of the local user
+  std::shared_ptr<Timeline> timeline;
+  std::shared_ptr<Runner> sdk;  ///< the SDK's thread: completions and events
+  std::shared_ptr<Operations> operations;
+  std::shared_ptr<MediaServer> server;
+  std::shared_ptr<AudioExchange> audio;
+  std::shared_ptr<Speaker> speaker;
+};
+
+}  // namespace lumo

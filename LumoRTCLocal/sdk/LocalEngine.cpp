@@ -1,0 +1,125 @@
+#include "LumoRTCLocal/sdk/LocalEngine.h"
+
+#include <utility>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+
+namespace lumo {
+
+LocalEngine::LocalEngine(std::shared_ptr<const LocalContext> context, std::shared_ptr<CameraPipeline> camera,
+                         std::unique_ptr<AudioSource> microphone)
+    : context_(std::move(context)),
+      pipeline_(std::move(camera)),
+      microphone_(std::make_shared<LocalMicrophone>(context_->userId, std::move(microphone), context_->server,
+                                                    context_->audio)),
+      camera_(std::make_shared<LocalCamera>(context_->userId, pipeline_, context_->server)) {}
+
+LocalEngine::~LocalEngine() { unInit(); }
+
+void LocalEngine::setDelegate(std::weak_ptr<LMRTCEngineEventDelegate> delegate) {
+  delegate_.set(std::move(delegate));
+}
+
+void LocalEngine::setMediaServerUrl(const std::string& /*url*/) {}
+
+void LocalEngine::initWithConfig(const LMRTCConfig& /*config*/) {
+  context_->operations->begin();
+  pipeline_->setActive(true);
+}
+
+void LocalEngine::unInit() {
+  std::shared_ptr<LocalRoom> room;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!context_->operations->end()) return;
+    room = std::exchange(room_, nullptr);
+  }
+  if (room) close(room);
+  pipeline_->setActive(false);
+  pipeline_->setPreview(nullptr);
+  delegate_.set({});
+}
+
+void LocalEngine::joinRoom(const std::string& roomId, const LMRTCRoomConfig& config,
+                           JoinCompletion completion) {
+  context_->operations->run("joinRoom", [weak = weak_from_this(), roomId, config,
+                                         completion = std::move(completion)](std::int64_t refusal) {
+    std::int64_t code = refusal;
+    std::shared_ptr<LocalRoom> room;
+    const auto self = weak.lock();
+    if (code == LocalCodeSuccess)
+      code = self ? self->enterRoom(roomId, config, room) : LocalCodeNotInitialised;
+    if (completion) completion(code, room);
+  });
+}
+
+void LocalEngine::leaveRoom(Completion completion) {
+  context_->operations->run(
+      "leaveRoom", [weak = weak_from_this(), completion = std::move(completion)](std::int64_t refusal) {
+        std::int64_t code = refusal;
+        const auto self = weak.lock();
+        if (code == LocalCodeSuccess) code = self ? self->exitRoom() : LocalCodeNotInitialised;
+        if (completion) completion(code);
+      });
+}
+
+std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
+                                    std::shared_ptr<LocalRoom>& joined) {
+  const std::uint64_t session = context_->operations->session();
+  {
+    const std::lock_guard lock(mutex_);
+    if (room_) return LocalCodeAlreadyInRoom;
+  }
+  const auto room = std::make_shared<LocalRoom>(
+      context_, roomId,
+      [weak = weak_from_this()](const std::shared_ptr<LocalRoom>& left, std::int64_t reason) {
+        if (const auto self = weak.lock()) self->roomKicked(left, reason);
+      });
+  const auto result =
+      context_->server->join({roomId, context_->userId, config.roomType().value_or(LMRTCRoomTypeNormal),
+                              config.roleType().value_or(LMRTCRoleTypeBroadcaster),
+                              config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room});
+  if (result.code != LocalCodeSuccess) return result.code;
+  room->enter(result, {microphone_, camera_});
+  context_->audio->addListener(context_->speaker);
+  {
+    const std::lock_guard lock(mutex_);
+    if (session != 0 && session == context_->operations->session()) {
+      room_ = room;
+      joined = room;
+      return LocalCodeSuccess;
+    }
+  }
+  close(room);  // un-initialised while it joined
+  return LocalCodeNotInitialised;
+}
+
+std::int64_t LocalEngine::exitRoom() {
+  std::shared_ptr<LocalRoom> room;
+  {
+    const std::lock_guard lock(mutex_);
+    room = std::exchange(room_, nullptr);
+  }
+  if (!room) return LocalCodeNotInRoom;
+  close(room);
+  return LocalCodeSuccess;
+}
+
+void LocalEngine::roomKicked(const std::shared_ptr<LocalRoom>& room, std::int64_t reason) {
+  if (const auto delegate = delegate_.get().lock()) delegate->didKicked(room->roomId(), reason);
+  {
+    const std::lock_guard lock(mutex_);
+    if (room_ != room) return;  // the delegate has un-initialised the engine
+    room_ = nullptr;
+  }
+  close(room);
+}
+
+void LocalEngine::close(const std::shared_ptr<LocalRoom>& room) {
+  room->close();
+  context_->audio->removeListener(context_->speaker);
+}
+
+}  // namespace lumo

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
+#include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLocal/sdk/LocalContext.h"
+#include "LumoRTCLocal/sdk/LocalOutputStream.h"
+#include "LumoRTCLocal/sdk/LocalRoom.h"
+
+namespace lumo {
+
+/// The SDK's engine: the microphone, the camera and the joined room.
+class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<LocalEngine> {
+ public:
+  /// @param camera  what the camera stream captures with
+  LocalEngine(std::shared_ptr<const LocalContext> context, std::shared_ptr<CameraPipeline> camera,
+              std::unique_ptr<AudioSource> microphone);
+  ~LocalEngine() override;
+
+  void setDelegate(std::weak_ptr<LMRTCEngineEventDelegate> delegate) override;
+  /// Without effect: the media server is in this process.
+  void setMediaServerUrl(const std::string& url) override;
+  /// The config is without effect: nothing in this process is lost, encrypted or mixed with other
+  /// applications.
+  void initWithConfig(const LMRTCConfig& config) override;
+  void unInit() override;
+  void joinRoom(const std::string& roomId, const LMRTCRoomConfig& config, JoinCompletion completion) override;
+  void leaveRoom(Completion completion) override;
+  std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
+  std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera_; }
+
+ private:
+  std::int64_t enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
+                         std::shared_ptr<LocalRoom>& joined);
+  std::int64_t exitRoom();
+  void roomKicked(const std::shared_ptr<LocalRoom>& room, std::int64_t reason);
+  void close(const std::shared_ptr<LocalRoom>& room);
+
+  const std::shared_ptr<const LocalContext> context_;
+  const std::shared_ptr<CameraPipeline> pipeline_;
+  const std::shared_ptr<LocalMicrophone> microphone_;
+  const std::shared_ptr<LocalCamera> camera_;
+  Cell<std::weak_ptr<LMRTCEngineEventDelegate>> delegate_;
+
+  std::mutex mutex_;  ///< guards the room, together with the session it was joined in
+  std::shared_ptr<LocalRoom> room_;
+};
+
+}  // namespace lumo

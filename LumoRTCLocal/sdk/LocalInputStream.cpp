@@ -1,0 +1,85 @@
+#include "LumoRTCLocal/sdk/LocalInputStream.h"
+
+#include <utility>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+
+namespace lumo {
+namespace {
+
+std::int64_t resourceStateOf(bool enabled) {
+  return enabled ? LMRTCResourceStateNormal : LMRTCResourceStateDisabled;
+}
+
+}  // namespace
+
+RemoteStream::RemoteStream(const PublicationState& state, std::weak_ptr<FirstMediaListener> listener)
+    : publication_(state.publication), listener_(std::move(listener)), enabled_(state.enabled) {}
+
+std::shared_ptr<RemoteStream> RemoteStream::create(const std::shared_ptr<const LocalContext>& context,
+                                                   const PublicationState& state,
+                                                   std::weak_ptr<FirstMediaListener> listener) {
+  if (state.publication->name().mediaType == LMRTCMediaTypeAudio) {
+    return std::make_shared<LocalAudioInput>(context->speaker, state, std::move(listener));
+  }
+  return std::make_shared<LocalVideoInput>(context->timeline, state, std::move(listener));
+}
+
+void RemoteStream::setSubscribed(bool subscribed) {
+  if (subscribed_.exchange(subscribed, std::memory_order_relaxed) == subscribed) return;
+  firstMediaDue_.store(subscribed, std::memory_order_relaxed);
+}
+
+void RemoteStream::noteMedia() {
+  if (!firstMediaDue_.load(std::memory_order_relaxed)) return;
+  if (!firstMediaDue_.exchange(false, std::memory_order_relaxed)) return;
+  if (const auto listener = listener_.lock()) listener->firstMediaArrived(shared_from_this());
+}
+
+LocalAudioInput::LocalAudioInput(std::shared_ptr<Speaker> speaker, const PublicationState& state,
+                                 std::weak_ptr<FirstMediaListener> listener)
+    : LocalStream(state.publication->name()),
+      RemoteStream(state, std::move(listener)),
+      speaker_(std::move(speaker)) {}
+
+std::shared_ptr<LMRTCInputStream> LocalAudioInput::input() { return {shared_from_this(), this}; }
+
+std::int64_t LocalAudioInput::resourceState() const { return resourceStateOf(isEnabled()); }
+
+void LocalAudioInput::receiveAudio(const AudioBlock& block, Microseconds /*time*/) {
+  noteMedia();
+  if (!isMute()) speaker_->add(block);
+}
+
+LocalVideoInput::LocalVideoInput(std::shared_ptr<Timeline> timeline, const PublicationState& state,
+                                 std::weak_ptr<FirstMediaListener> listener)
+    : LocalStream(state.publication->name()),
+      RemoteStream(state, std::move(listener)),
+      timeline_(std::move(timeline)) {}
+
+std::shared_ptr<LMRTCInputStream> LocalVideoInput::input() { return {shared_from_this(), this}; }
+
+std::int64_t LocalVideoInput::resourceState() const { return resourceStateOf(isEnabled()); }
+
+void LocalVideoInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) {
+  std::shared_ptr<FrameDelivery> delivery;
+  {
+    const std::lock_guard lock(mutex_);
+    if (view && !delivery_) delivery_ = std::make_shared<FrameDelivery>(*timeline_, "render " + userId());
+    delivery = delivery_;
+  }
+  if (delivery) delivery->setRenderer(view);
+}
+
+void LocalVideoInput::receiveVideo(const LMRTCVideoFrame& frame) {
+  noteMedia();
+  if (isMute()) return;
+  if (const auto target = delivery()) target->offer(frame);
+}
+
+std::shared_ptr<FrameDelivery> LocalVideoInput::delivery() const {
+  const std::lock_guard lock(mutex_);
+  return delivery_;
+}
+
+}  // namespace lumo

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
+#include "LumoRTCLocal/media/FrameDelivery.h"
+#include "LumoRTCLocal/sdk/LocalContext.h"
+#include "LumoRTCLocal/sdk/LocalStream.h"
+#include "LumoRTCLocal/server/Publication.h"
+
+namespace lumo {
+
+class RemoteStream;
+
+/// Hears that the first media of a subscription has come, on a media thread.
+class FirstMediaListener {
+ public:
+  virtual ~FirstMediaListener() = default;
+  virtual void firstMediaArrived(const std::shared_ptr<RemoteStream>& stream) = 0;
+};
+
+/// A remote publication as the room's mirror keeps it: the same object for as long as the publication lives.
+/// Any thread.
+class RemoteStream : public MediaReceiver, public std::enable_shared_from_this<RemoteStream> {
+ public:
+  RemoteStream(const PublicationState& state, std::weak_ptr<FirstMediaListener> listener);
+
+  /// A stream of the publication's media type.
+  static std::shared_ptr<RemoteStream> create(const std::shared_ptr<const LocalContext>& context,
+                                              const PublicationState& state,
+                                              std::weak_ptr<FirstMediaListener> listener);
+
+  /// The same object, as the SDK's users see it.
+  virtual std::shared_ptr<LMRTCInputStream> input() = 0;
+
+  const std::shared_ptr<Publication>& publication() const { return publication_; }
+  /// Begins a subscription, whose first media is told, or ends it. Beginning a running one does nothing.
+  void setSubscribed(bool subscribed);
+  bool isSubscribed() const { return subscribed_.load(std::memory_order_relaxed); }
+  /// What the room's members have been told of the state at the source.
+  void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
+
+ protected:
+  bool isEnabled() const { return enabled_.load(std::memory_order_relaxed); }
+  void noteMedia();
+
+ private:
+  const std::shared_ptr<Publication> publication_;
+  const std::weak_ptr<FirstMediaListener> listener_;
+  std::atomic<bool> enabled_;
+  std::atomic<bool> subscribed_{false};
+  std::atomic<bool> firstMediaDue_{false};
+};
+
+/// The sound of a remote user, played on the speaker.
+class LocalAudioInput : public LocalStream<LMRTCAudioInputStream>, public RemoteStream {
+ public:
+  LocalAudioInput(std::shared_ptr<Speaker> speaker, const PublicationState& state,
+                  std::weak_ptr<FirstMediaListener> listener);
+
+  std::shared_ptr<LMRTCInputStream> input() override;
+  std::int64_t resourceState() const override;
+  void receiveAudio(const AudioBlock& block, Microseconds time) override;
+
+ private:
+  const std::shared_ptr<Speaker> speaker_;
+};
+
+/// The pictures of a remote user, brought to the bound renderer.
+class LocalVideoInput : public LocalStream<LMRTCVideoInputStream>, public RemoteStream {
+ public:
+  LocalVideoInput(std::shared_ptr<Timeline> timeline, const PublicationState& state,
+                  std::weak_ptr<FirstMediaListener> listener);
+
+  std::shared_ptr<LMRTCInputStream> input() override;
+  std::int64_t resourceState() const override;
+  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override;
+  void receiveVideo(const LMRTCVideoFrame& frame) override;
+
+ private:
+  std::shared_ptr<FrameDelivery> delivery() const;
+
+  const std::shared_ptr<Timeline> timeline_;
+  mutable std::mutex mutex_;                 ///< guards the pointer
+  std::shared_ptr<FrameDelivery> delivery_;  ///< made when the first view is bound
+};
+
+}  // namespace lumo

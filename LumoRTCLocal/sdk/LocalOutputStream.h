@@ -1,0 +1,82 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
+#include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/sdk/CameraPipeline.h"
+#include "LumoRTCLocal/sdk/LocalStream.h"
+#include "LumoRTCLocal/server/AudioExchange.h"
+#include "LumoRTCLocal/server/MediaServer.h"
+#include "LumoRTCLocal/server/Publication.h"
+
+namespace lumo {
+
+/// What publishing needs of an output stream. Any thread.
+class LocalOutput {
+ public:
+  virtual ~LocalOutput() = default;
+
+  /// The publication that the stream sends to; null while it is not published.
+  std::shared_ptr<Publication> publication() const { return publication_.get(); }
+  /// A new publication of this stream, not yet open.
+  virtual std::shared_ptr<Publication> makePublication() = 0;
+  /// Sends to `publication` from now on; null stops sending.
+  virtual void attach(const std::shared_ptr<Publication>& publication) { publication_.set(publication); }
+
+ private:
+  Cell<std::shared_ptr<Publication>> publication_;
+};
+
+/// The microphone: a tone, at the recording volume.
+class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public LocalOutput {
+ public:
+  /// @param tone  what the microphone hears
+  LocalMicrophone(const std::string& userId, std::unique_ptr<AudioSource> tone,
+                  std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange);
+
+  void setIsMute(bool mute) override;
+  /// Without effect: sound goes uncompressed from member to member.
+  void setAudioQuality(std::int64_t quality, std::int64_t scenario) override;
+  void setRecordingVolume(std::uint64_t volume) override;
+  /// Without effect, as setAudioQuality.
+  void setAudioCodecType(std::int64_t type) override;
+
+  std::shared_ptr<Publication> makePublication() override;
+  void attach(const std::shared_ptr<Publication>& publication) override;
+
+ private:
+  class Capture;
+
+  const std::shared_ptr<Capture> capture_;
+  const std::shared_ptr<MediaServer> server_;
+  const std::shared_ptr<AudioExchange> exchange_;
+};
+
+/// The camera.
+class LocalCamera : public LocalStream<LMRTCCameraVideoOutputStream>, public LocalOutput {
+ public:
+  LocalCamera(const std::string& userId, std::shared_ptr<CameraPipeline> pipeline,
+              std::shared_ptr<MediaServer> server);
+
+  void setIsMute(bool mute) override;
+  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override;
+  /// Bit rates are without effect: pictures go uncompressed from member to member.
+  void setVideoConfig(const LMRTCVideoStreamConfig& config) override;
+  void setTinyVideoConfig(const LMRTCVideoStreamConfig& config) override;
+  void setEnableTinyStream(bool enabled) override;
+  void setIsEncoderMirror(bool mirror) override;
+
+  std::shared_ptr<Publication> makePublication() override;
+  void attach(const std::shared_ptr<Publication>& publication) override;
+
+ private:
+  const std::shared_ptr<CameraPipeline> pipeline_;
+  const std::shared_ptr<MediaServer> server_;
+};
+
+}  // namespace lumo

@@ -1,0 +1,187 @@
+#include "LumoRTCLocal/sdk/LocalUser.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/sdk/LocalInputStream.h"
+#include "LumoRTCLocal/sdk/LocalOutputStream.h"
+
+namespace lumo {
+namespace {
+
+class LocalLiveInfo : public LMRTCLiveInfo {};
+
+/// The publications of `streams`, made for those that have none; a stream that is named twice keeps one.
+/// @return false when a stream is absent or foreign
+bool collect(const LMRTCLocalUser::OutputStreams& streams, Publications& publications) {
+  for (std::size_t i = 0; i < streams.size(); ++i) {
+    const auto output = std::dynamic_pointer_cast<LocalOutput>(streams[i]);
+    if (!output) return false;
+    const auto first = static_cast<std::size_t>(std::ranges::find(streams, streams[i]) - streams.begin());
+    const auto open = output->publication();
+    publications.push_back(first < i ? publications[first] : open ? open : output->makePublication());
+  }
+  return true;
+}
+
+bool collect(const LMRTCLocalUser::InputStreams& streams,
+             std::vector<std::shared_ptr<RemoteStream>>& remote) {
+  for (const auto& stream : streams) {
+    auto found = std::dynamic_pointer_cast<RemoteStream>(stream);
+    if (!found) return false;
+    remote.push_back(std::move(found));
+  }
+  return true;
+}
+
+void attach(const std::shared_ptr<LMRTCOutputStream>& stream,
+            const std::shared_ptr<Publication>& publication) {
+  std::dynamic_pointer_cast<LocalOutput>(stream)->attach(publication);
+}
+
+}  // namespace
+
+LocalUser::LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::Member member,
+                     Outputs defaults)
+    : context_(std::move(context)), member_(std::move(member)), defaults_(std::move(defaults)) {}
+
+void LocalUser::close() {
+  const std::lock_guard lock(mutex_);
+  open_ = false;
+  for (const auto& stream : published_) attach(stream, nullptr);
+  published_.clear();
+}
+
+LMRTCLocalUser::OutputStreams LocalUser::streams() const {
+  const std::lock_guard lock(mutex_);
+  return published_;
+}
+
+void LocalUser::publishStreams(const OutputStreams& streams, Completion completion) {
+  run("publishStreams", std::move(completion),
+      [streams](LocalUser& self) { return self.doPublish(streams, RoomKind::normal); });
+}
+
+void LocalUser::unpublishStreams(const OutputStreams& streams, Completion completion) {
+  unpublish("unpublishStreams", streams, RoomKind::normal, std::move(completion));
+}
+
+void LocalUser::publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream,
+                                  LiveCompletion completion) {
+  publishLive("publishLiveStream", {stream}, std::move(completion));
+}
+
+void LocalUser::publishDefaultLiveStreams(LiveCompletion completion) {
+  publishLive("publishDefaultLiveStreams", defaults_, std::move(completion));
+}
+
+void LocalUser::unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) {
+  unpublish("unpublishLiveStream", {stream}, RoomKind::live, std::move(completion));
+}
+
+void LocalUser::unpublishDefaultLiveStreams(Completion completion) {
+  unpublish("unpublishDefaultLiveStreams", defaults_, RoomKind::live, std::move(completion));
+}
+
+void LocalUser::subscribeStream(const std::optional<InputStreams>& streams,
+                                const std::optional<InputStreams>& tinyStreams, Completion completion) {
+  run("subscribeStream", std::move(completion),
+      [streams = streams.value_or(InputStreams()), tiny = tinyStreams.value_or(InputStreams())](
+          LocalUser& self) { return self.doSubscribe(streams, tiny); });
+}
+
+void LocalUser::unsubscribeStreams(const InputStreams& streams, Completion completion) {
+  run("unsubscribeStreams", std::move(completion),
+      [streams](LocalUser& self) { return self.doUnsubscribe(streams); });
+}
+
+template <class Work>
+void LocalUser::run(std::string_view name, Completion completion, Work work) {
+  context_->operations->run(name, [weak = weak_from_this(), completion = std::move(completion),
+                                   work = std::move(work)](std::int64_t refusal) {
+    std::int64_t code = refusal;
+    if (const auto self = weak.lock(); code == LocalCodeSuccess)
+      code = self ? work(*self) : LocalCodeNotInRoom;
+    if (completion) completion(code == LocalCodeSuccess, code);
+  });
+}
+
+void LocalUser::publishLive(std::string_view name, const OutputStreams& streams, LiveCompletion completion) {
+  const auto liveInfo = std::make_shared<std::shared_ptr<LMRTCLiveInfo>>();
+  run(
+      name,
+      [liveInfo, completion = std::move(completion)](bool success, std::int64_t code) {
+        if (completion) completion(success, code, *liveInfo);
+      },
+      [streams, liveInfo](LocalUser& self) {
+        const std::int64_t code = self.doPublish(streams, RoomKind::live);
+        if (code == LocalCodeSuccess) *liveInfo = self.liveInfo();
+        return code;
+      });
+}
+
+void LocalUser::unpublish(std::string_view name, const OutputStreams& streams, RoomKind kind,
+                          Completion completion) {
+  run(name, std::move(completion),
+      [streams, kind](LocalUser& self) { return self.doUnpublish(streams, kind); });
+}
+
+std::int64_t LocalUser::doPublish(const OutputStreams& streams, RoomKind kind) {
+  Publications publications;
+  if (!collect(streams, publications)) return LocalCodeUnknownStream;
+  const auto code = context_->server->publish(member_, publications, kind == RoomKind::live);
+  if (code != LocalCodeSuccess) return code;
+  const std::lock_guard lock(mutex_);
+  if (!open_) return LocalCodeNotInRoom;
+  for (std::size_t i = 0; i < streams.size(); ++i) {
+    attach(streams[i], publications[i]);
+    published_.push_back(streams[i]);
+  }
+  return LocalCodeSuccess;
+}
+
+std::int64_t LocalUser::doUnpublish(const OutputStreams& streams, RoomKind kind) {
+  Publications publications;
+  if (!collect(streams, publications)) return LocalCodeUnknownStream;
+  const auto code = context_->server->unpublish(member_, publications, kind == RoomKind::live);
+  if (code != LocalCodeSuccess) return code;
+  const std::lock_guard lock(mutex_);
+  for (const auto& stream : streams) {
+    attach(stream, nullptr);
+    std::erase(published_, stream);
+  }
+  return LocalCodeSuccess;
+}
+
+std::int64_t LocalUser::doSubscribe(const InputStreams& streams, const InputStreams& tinyStreams) {
+  std::vector<std::shared_ptr<RemoteStream>> remote;
+  if (!collect(streams, remote) || !collect(tinyStreams, remote)) return LocalCodeUnknownStream;
+  std::vector<MediaServer::Subscription> subscriptions;
+  for (const auto& stream : remote) {
+    subscriptions.push_back({stream->publication(), stream, subscriptions.size() >= streams.size()});
+  }
+  const auto code = context_->server->subscribe(member_, subscriptions);
+  if (code != LocalCodeSuccess) return code;
+  for (const auto& stream : remote) stream->setSubscribed(true);
+  return LocalCodeSuccess;
+}
+
+std::int64_t LocalUser::doUnsubscribe(const InputStreams& streams) {
+  std::vector<std::shared_ptr<RemoteStream>> remote;
+  if (!collect(streams, remote)) return LocalCodeUnknownStream;
+  Publications publications;
+  for (const auto& stream : remote) publications.push_back(stream->publication());
+  const auto code = context_->server->unsubscribe(member_, publications);
+  if (code != LocalCodeSuccess) return code;
+  for (const auto& stream : remote) stream->setSubscribed(false);
+  return LocalCodeSuccess;
+}
+
+std::shared_ptr<LMRTCLiveInfo> LocalUser::liveInfo() {
+  const std::lock_guard lock(mutex_);
+  if (!liveInfo_) liveInfo_ = std::make_shared<LocalLiveInfo>();
+  return liveInfo_;
+}
+
+}  // namespace lumo

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLocalUser.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
+#include "LumoRTCLocal/sdk/LocalContext.h"
+#include "LumoRTCLocal/server/MediaServer.h"
+
+namespace lumo {
+
+class LocalOutput;
+class RemoteStream;
+
+/// The local member for one stay in a room.
+class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<LocalUser> {
+ public:
+  /// Microphone and camera.
+  using Outputs = std::vector<std::shared_ptr<LMRTCOutputStream>>;
+
+  LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::Member member, Outputs defaults);
+
+  /// Stops sending; the stay is over.
+  void close();
+
+  const std::string& userId() const override { return context_->userId; }
+  OutputStreams streams() const override;
+
+  void publishStreams(const OutputStreams& streams, Completion completion) override;
+  void unpublishStreams(const OutputStreams& streams, Completion completion) override;
+  void publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream,
+                         LiveCompletion completion) override;
+  void publishDefaultLiveStreams(LiveCompletion completion) override;
+  void unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) override;
+  void unpublishDefaultLiveStreams(Completion completion) override;
+  void subscribeStream(const std::optional<InputStreams>& streams,
+                       const std::optional<InputStreams>& tinyStreams, Completion completion) override;
+  void unsubscribeStreams(const InputStreams& streams, Completion completion) override;
+
+ private:
+  enum class RoomKind { normal, live };
+
+  /// Runs `work` (of a LocalUser, giving a code) as the operation of that name, and completes it.
+  template <class Work>
+  void run(std::string_view name, Completion completion, Work work);
+  void publishLive(std::string_view name, const OutputStreams& streams, LiveCompletion completion);
+  void unpublish(std::string_view name, const OutputStreams& streams, RoomKind kind, Completion completion);
+
+  std::int64_t doPublish(const OutputStreams& streams, RoomKind kind);
+  std::int64_t doUnpublish(const OutputStreams& streams, RoomKind kind);
+  std::int64_t doSubscribe(const InputStreams& streams, const InputStreams& tinyStreams);
+  std::int64_t doUnsubscribe(const InputStreams& streams);
+  std::shared_ptr<LMRTCLiveInfo> liveInfo();
+
+  const std::shared_ptr<const LocalContext> context_;
+  const MediaServer::Member member_;
+  const Outputs defaults_;
+
+  mutable std::mutex mutex_;  ///< guards what follows
+  bool open_ = true;
+  OutputStreams published_;
+  std::shared_ptr<LMRTCLiveInfo> liveInfo_;
+};
+
+}  // namespace lumo

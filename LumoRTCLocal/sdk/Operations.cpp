@@ -1,0 +1,81 @@
+#include "LumoRTCLocal/sdk/Operations.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+
+namespace lumo {
+namespace {
+
+constexpr std::string_view kOperations[] = {
+    "joinRoom",           "leaveRoom",           "publishStreams",
+    "unpublishStreams",   "publishLiveStream",   "publishDefaultLiveStreams",
+    "subscribeStream",    "unpublishLiveStream", "unpublishDefaultLiveStreams",
+    "unsubscribeStreams",
+};
+
+bool isOperation(std::string_view name) {
+  return std::ranges::find(kOperations, name) != std::end(kOperations);
+}
+
+}  // namespace
+
+Operations::Operations(std::shared_ptr<Timeline> timeline, std::shared_ptr<Runner> sdk)
+    : timeline_(std::move(timeline)), sdk_(std::move(sdk)) {}
+
+void Operations::begin() {
+  const std::lock_guard lock(mutex_);
+  if (std::exchange(initialised_, true)) return;
+  ++sessions_;
+}
+
+bool Operations::end() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(initialised_, false);
+}
+
+std::uint64_t Operations::session() const {
+  const std::lock_guard lock(mutex_);
+  return initialised_ ? sessions_ : 0;
+}
+
+void Operations::run(std::string_view name, Work work) {
+  const Fault fault = take(name);
+  sdk_->postAt(timeline_->now() + fault.delay,
+               [weak = weak_from_this(), called = session(), code = fault.code, work = std::move(work)] {
+                 const auto self = weak.lock();
+                 const bool refused = !self || called == 0 || self->session() != called;
+                 work(refused ? std::int64_t{LocalCodeNotInitialised} : code);
+               });
+}
+
+std::int64_t Operations::failNext(const std::string& name, std::int64_t code, std::int32_t times) {
+  if (!isOperation(name)) return LocalCodeUnknownOperation;
+  const std::lock_guard lock(mutex_);
+  faults_[name].code = code;
+  faults_[name].times = times;
+  return LocalCodeSuccess;
+}
+
+std::int64_t Operations::delayNext(const std::string& name, Microseconds duration) {
+  if (!isOperation(name)) return LocalCodeUnknownOperation;
+  const std::lock_guard lock(mutex_);
+  faults_[name].delay = duration;
+  return LocalCodeSuccess;
+}
+
+Operations::Fault Operations::take(std::string_view name) {
+  const std::lock_guard lock(mutex_);
+  const auto found = faults_.find(name);
+  if (found == faults_.end()) return {};
+  Fault& fault = found->second;
+  Fault taken{0, 0, std::exchange(fault.delay, Microseconds(0))};
+  if (fault.times > 0) {
+    --fault.times;
+    taken.code = fault.code;
+  }
+  return taken;
+}
+
+}  // namespace lumo

@@ -1,0 +1,17 @@
+#include "LumoRTCLocal/sdk/Speaker.h"
+
+#include <utility>
+
+namespace lumo {
+
+void Speaker::setSink(Sink sink) {
+  sink_.set(sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr);
+}
+
+void Speaker::audioTick(Microseconds time) {
+  mix_.write(block_);
+  mix_.clear();
+  if (const auto sink = sink_.get()) (*sink)(block_, time);
+}
+
+}  // namespace lumo

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/Publication.h"
+
+namespace lumo {
+
+/// Told at the end of every 10 ms in which sound has moved, on the audio runner.
+class AudioTickListener {
+ public:
+  virtual ~AudioTickListener() = default;
+  virtual void audioTick(Microseconds time) = 0;
+};
+
+/// The clock of all sound: every 10 ms, on one audio runner, it takes a block from each publication that
+/// somebody wants, sends it on and then tells the listeners. It rests while there is neither. Every operation
+/// may be called on any thread.
+class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
+ public:
+  static constexpr Microseconds kBlock{10000};
+
+  explicit AudioExchange(std::shared_ptr<Timeline> timeline);
+
+  /// Reads the demand of `publication`: takes it in, or drops it.
+  void update(const std::shared_ptr<Publication>& publication);
+
+  void addListener(const std::shared_ptr<AudioTickListener>& listener);
+  void removeListener(const std::shared_ptr<AudioTickListener>& listener);
+
+ private:
+  void startLocked();
+  void schedule(Microseconds time);
+  void tick(Microseconds time);
+
+  const std::shared_ptr<Timeline> timeline_;
+  std::mutex mutex_;  ///< guards what follows, up to the scratch fields
+  bool running_ = false;
+  std::vector<std::shared_ptr<Publication>> publications_;
+  std::vector<std::shared_ptr<AudioTickListener>> listeners_;
+
+  // Used by the tick alone; they keep their memory from one to the next.
+  std::vector<std::shared_ptr<Publication>> currentPublications_;
+  std::vector<std::shared_ptr<AudioTickListener>> currentListeners_;
+  AudioBlock block_;
+
+  const std::unique_ptr<Runner> runner_;  // last: goes first, while its tasks can still reach the rest
+};
+
+}  // namespace lumo

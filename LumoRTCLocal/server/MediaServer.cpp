@@ -1,0 +1,273 @@
+#include "LumoRTCLocal/server/MediaServer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+
+namespace lumo {
+namespace {
+
+constexpr std::int64_t kReplaced = 0;  // why a member is removed: somebody else has come with its id
+
+void link(std::vector<std::string>& linked, const std::string& roomId) {
+  if (std::ranges::find(linked, roomId) == linked.end()) linked.push_back(roomId);
+}
+
+}  // namespace
+
+MediaServer::Aftermath::~Aftermath() {
+  for (const auto& stream : touched) stream->tellDemand();
+}
+
+MediaServer::JoinResult MediaServer::join(const JoinRequest& request) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  JoinResult result;
+  result.code = admitLocked(request, aftermath);
+  if (result.code != LocalCodeSuccess) return result;
+  result.member = addLocked(request);
+  result.sessionId = "session-" + std::to_string(result.member->arrival);
+  if (!request.observer.expired()) {
+    result.present = result.member->room->snapshot(result.member.get());
+    result.member->room->listen(*result.member);
+  }
+  return result;
+}
+
+std::int64_t MediaServer::leave(const Member& member, bool offline) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  removeLocked(member, offline, aftermath);
+  return LocalCodeSuccess;
+}
+
+bool MediaServer::isPresent(const Member& member) const {
+  const std::lock_guard lock(mutex_);
+  return member->room != nullptr;
+}
+
+std::int64_t MediaServer::kick(const Member& member, const std::string& userId, std::int64_t reason) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  const Member target = member->room->find(userId);
+  if (!target) return LocalCodeUserNotInRoom;
+  ServerRoom::post(*events_, *target, [reason](RoomObserver& observer) { observer.kicked(reason); });
+  removeLocked(target, false, aftermath);
+  return LocalCodeSuccess;
+}
+
+std::vector<MemberSnapshot> MediaServer::observe(const Member& member, std::weak_ptr<RoomObserver> observer) {
+  const std::lock_guard lock(mutex_);
+  member->observer = std::move(observer);
+  if (!member->room) return {};
+  member->room->listen(*member);
+  return member->room->snapshot(member.get());
+}
+
+std::int64_t MediaServer::publish(const Member& member, const Publications& streams,
+                                  std::optional<bool> liveRoom) {
+  const std::lock_guard lock(mutex_);
+  if (const std::int64_t code = checkPublish(*member, streams, liveRoom)) return code;
+  std::vector<PublicationState> states;
+  for (const auto& stream : streams) {
+    stream->publisher_ = member.get();
+    member->publications.push_back(stream);
+    states.push_back({stream, stream->isEnabled()});
+  }
+  member->room->notify(*events_, member.get(),
+                       [states](RoomObserver& observer) { observer.streamsPublished(states); });
+  return LocalCodeSuccess;
+}
+
+std::int64_t MediaServer::unpublish(const Member& member, const Publications& streams,
+                                    std::optional<bool> liveRoom) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (const std::int64_t code = checkRoom(*member, liveRoom)) return code;
+  if (streams.empty()) return LocalCodeNoStreams;
+  for (const auto& stream : streams) {
+    if (stream->publisher_ != member.get()) return LocalCodeNotPublished;
+  }
+  closeLocked(*member, streams, aftermath);
+  return LocalCodeSuccess;
+}
+
+void MediaServer::setEnabled(const std::shared_ptr<Publication>& stream, bool enabled) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (stream->isEnabled() == enabled) return;
+  stream->setEnabled(enabled);
+  aftermath.touched.push_back(stream);
+  const ServerMember* const publisher = stream->publisher_;
+  if (!publisher) return;
+  publisher->room->notify(*events_, publisher, [stream, enabled](RoomObserver& observer) {
+    observer.streamEnabled(stream, enabled);
+  });
+}
+
+std::int64_t MediaServer::subscribe(const Member& member, const std::vector<Subscription>& subscriptions) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  if (subscriptions.empty()) return LocalCodeNoStreams;
+  for (const Subscription& subscription : subscriptions) {
+    const ServerMember* const publisher = subscription.publication->publisher_;
+    if (!publisher || publisher->room != member->room) return LocalCodeStreamGone;
+  }
+  for (const Subscription& subscription : subscriptions) {
+    replaceSubscription(*member, subscription.publication, &subscription, aftermath);
+    member->subscriptions.insert(subscription.publication);
+  }
+  return LocalCodeSuccess;
+}
+
+std::int64_t MediaServer::unsubscribe(const Member& member, const Publications& streams) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  if (streams.empty()) return LocalCodeNoStreams;
+  for (const auto& stream : streams) {
+    if (!stream->publisher_) return LocalCodeStreamGone;
+    if (!member->subscriptions.contains(stream)) return LocalCodeNotSubscribed;
+  }
+  for (const auto& stream : streams) {
+    replaceSubscription(*member, stream, nullptr, aftermath);
+    member->subscriptions.erase(stream);
+  }
+  return LocalCodeSuccess;
+}
+
+std::int64_t MediaServer::switchRole(const Member& member, std::int64_t role) {
+  Aftermath aftermath;
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  if (!member->room->isLive()) return LocalCodeNotALiveRoom;
+  if (member->role == role) return LocalCodeSameRole;
+  if (role != LMRTCRoleTypeBroadcaster) closeLocked(*member, Publications(member->publications), aftermath);
+  member->role = role;
+  member->room->notify(*events_, member.get(), [userId = member->userId, role](RoomObserver& observer) {
+    observer.roleSwitched(userId, role);
+  });
+  return LocalCodeSuccess;
+}
+
+std::int64_t MediaServer::sendSei(const Member& member, const std::string& sei) {
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  const auto video =
+      member->find({member->userId, kLMRTCDefaultStreamTag, LMRTCMediaTypeVideo, LMRTCMediaStreamTypeNormal});
+  if (!video) return LocalCodeNotPublished;
+  for (const auto& subscriber : *video->subscribers()) {
+    ServerRoom::post(*events_, *subscriber.member, [sei, userId = member->userId](RoomObserver& observer) {
+      observer.seiReceived(sei, userId);
+    });
+  }
+  return LocalCodeSuccess;
+}
+
+std::int64_t MediaServer::linkRoom(const Member& member, const std::string& otherRoomId) {
+  const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
+  if (otherRoomId.empty()) return LocalCodeEmptyRoomId;
+  link(links_[member->room->id()], otherRoomId);
+  link(links_[otherRoomId], member->room->id());
+  return LocalCodeSuccess;
+}
+
+std::vector<std::string> MediaServer::linkedRooms(const std::string& roomId) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = links_.find(roomId);
+  return found == links_.end() ? std::vector<std::string>() : found->second;
+}
+
+std::int64_t MediaServer::admitLocked(const JoinRequest& request, Aftermath& aftermath) {
+  if (request.roomId.empty()) return LocalCodeEmptyRoomId;
+  if (request.userId.empty()) return LocalCodeEmptyUserId;
+  const auto found = rooms_.find(request.roomId);
+  if (found == rooms_.end()) return LocalCodeSuccess;
+  const ServerRoom& room = *found->second;
+  if (room.isLive() != (request.roomType == LMRTCRoomTypeLive)) return LocalCodeRoomKindMismatch;
+  const Member former = room.find(request.userId);
+  if (!former) return LocalCodeSuccess;
+  if (!request.exclusive) return LocalCodeUserIdTaken;
+  ServerRoom::post(*events_, *former, [](RoomObserver& observer) { observer.kicked(kReplaced); });
+  removeLocked(former, false, aftermath);
+  return LocalCodeSuccess;
+}
+
+MediaServer::Member MediaServer::addLocked(const JoinRequest& request) {
+  const bool live = request.roomType == LMRTCRoomTypeLive;
+  auto& room = rooms_[request.roomId];
+  if (!room) room = std::make_unique<ServerRoom>(request.roomId, live);
+  const auto member = std::make_shared<ServerMember>();
+  member->userId = request.userId;
+  member->role = live ? request.role : LMRTCRoleTypeBroadcaster;
+  member->arrival = ++arrivals_;
+  member->observer = request.observer;
+  room->notify(*events_, nullptr,
+               [userId = request.userId](RoomObserver& observer) { observer.memberJoined(userId); });
+  room->add(member);
+  return member;
+}
+
+void MediaServer::removeLocked(const Member& member, bool offline, Aftermath& aftermath) {
+  closeLocked(*member, Publications(member->publications), aftermath);
+  for (const auto& stream : member->subscriptions) replaceSubscription(*member, stream, nullptr, aftermath);
+  member->subscriptions.clear();
+
+  ServerRoom& room = *member->room;
+  room.remove(*member);
+  room.notify(*events_, member.get(), [userId = member->userId, offline](RoomObserver& observer) {
+    observer.memberLeft(userId, offline);
+  });
+  if (!room.isEmpty()) return;
+  const std::string roomId = room.id();
+  links_.erase(roomId);
+  rooms_.erase(roomId);
+}
+
+void MediaServer::closeLocked(ServerMember& member, const Publications& streams, Aftermath& aftermath) {
+  if (streams.empty()) return;
+  for (const auto& stream : streams) {
+    stream->publisher_ = nullptr;
+    for (const auto& subscriber : *stream->subscribers()) subscriber.member->subscriptions.erase(stream);
+    aftermath.touched.push_back(stream);
+    aftermath.released.push_back(stream->setSubscribers({}));
+    std::erase(member.publications, stream);
+  }
+  member.room->notify(*events_, &member,
+                      [streams](RoomObserver& observer) { observer.streamsUnpublished(streams); });
+}
+
+void MediaServer::replaceSubscription(ServerMember& member, const std::shared_ptr<Publication>& stream,
+                                      const Subscription* replacement, Aftermath& aftermath) {
+  auto subscribers = *stream->subscribers();
+  std::erase_if(subscribers, [&member](const auto& subscriber) { return subscriber.member == &member; });
+  if (replacement) subscribers.push_back({&member, replacement->receiver, replacement->tiny});
+  aftermath.touched.push_back(stream);
+  aftermath.released.push_back(stream->setSubscribers(std::move(subscribers)));
+}
+
+std::int64_t MediaServer::checkPublish(const ServerMember& member, const Publications& streams,
+                                       std::optional<bool> liveRoom) {
+  if (const std::int64_t code = checkRoom(member, liveRoom)) return code;
+  if (streams.empty()) return LocalCodeNoStreams;
+  if (member.role != LMRTCRoleTypeBroadcaster) return LocalCodeAudienceMayNotPublish;
+  for (const auto& stream : streams) {
+    if (stream->publisher_ || member.find(stream->name())) return LocalCodeAlreadyPublished;
+    if (std::ranges::count(streams, stream) > 1) return LocalCodeAlreadyPublished;
+  }
+  return LocalCodeSuccess;
+}
+
+std::int64_t MediaServer::checkRoom(const ServerMember& member, std::optional<bool> liveRoom) {
+  if (!member.room) return LocalCodeNotInRoom;
+  if (!liveRoom || *liveRoom == member.room->isLive()) return LocalCodeSuccess;
+  return *liveRoom ? LocalCodeNotALiveRoom : LocalCodeNotANormalRoom;
+}
+
+}  // namespace lumo

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/media/Timeline.h"
+
+namespace lumo {
+
+struct ServerMember;
+
+/// Takes the media of a stream that a member has subscribed to. Called on the publisher's media thread, so it
+/// returns quickly.
+class MediaReceiver {
+ public:
+  virtual ~MediaReceiver() = default;
+
+  virtual void receiveVideo(const LMRTCVideoFrame& /*frame*/) {}
+  /// @param time  when the block was read, on the timeline
+  virtual void receiveAudio(const AudioBlock& /*block*/, Microseconds /*time*/) {}
+};
+
+/// What a published stream is called.
+struct StreamName {
+  std::string userId;
+  std::string tag;                   ///< kLMRTCDefaultStreamTag for microphone and camera
+  std::int64_t mediaType = 0;        ///< LMRTCMediaType
+  std::int64_t mediaStreamType = 0;  ///< LMRTCMediaStreamType
+};
+
+/// One stream that a member publishes, and the way of its media to those who have subscribed to it. The
+/// publisher makes it, the server opens it in a room and closes it; media sent while it is not open reaches
+/// nobody. Every operation may be called on any thread; nothing is locked while receivers run.
+class Publication : public std::enable_shared_from_this<Publication> {
+ public:
+  /// Told when what the receivers want has changed, on any thread, without a lock; it reads the demand
+  /// itself, as a later change may have overtaken it.
+  using DemandChanged = std::function<void(const std::shared_ptr<Publication>& publication)>;
+
+  /// @param audio          what an audio publication sends; null for video
+  /// @param demandChanged  may be empty
+  static std::shared_ptr<Publication> create(StreamName name, bool enabled,
+                                             std::shared_ptr<AudioSource> audio, DemandChanged demandChanged);
+
+  const StreamName& name() const { return name_; }
+  const std::shared_ptr<AudioSource>& audio() const { return audio_; }
+
+  /// Whether the stream is switched on at its source. One that is off sends nothing and wants no media.
+  bool isEnabled() const { return enabled_.load(std::memory_order_relaxed); }
+
+  /// Whether anybody wants media at all, or in small size.
+  bool isWanted() const { return isEnabled() && receiverCount_.load(std::memory_order_relaxed) > 0; }
+  bool isTinyWanted() const { return isEnabled() && tinyCount_.load(std::memory_order_relaxed) > 0; }
+
+  /// Sends one captured picture to those who want the normal size, or the small one.
+  void sendVideo(const LMRTCVideoFrame& frame, bool toTiny) const;
+  void sendAudio(const AudioBlock& block, Microseconds time) const;
+
+ private:
+  friend class MediaServer;
+
+  struct Subscriber {
+    ServerMember* member = nullptr;
+    std::shared_ptr<MediaReceiver> receiver;
+    bool tiny = false;
+  };
+  using Subscribers = std::vector<Subscriber>;
+
+  Publication(StreamName name, bool enabled, std::shared_ptr<AudioSource> audio, DemandChanged demandChanged);
+
+  // For the server, under its lock: who publishes this, and to whom it goes.
+  std::shared_ptr<const Subscribers> setSubscribers(Subscribers subscribers);  ///< returns the former ones
+  std::shared_ptr<const Subscribers> subscribers() const { return subscribers_.get(); }
+  void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
+
+  // For the server, without its lock.
+  void tellDemand();
+
+  const StreamName name_;
+  const std::shared_ptr<AudioSource> audio_;
+  const DemandChanged demandChanged_;
+  std::atomic<bool> enabled_;
+  std::atomic<std::size_t> receiverCount_{0};
+  std::atomic<std::size_t> tinyCount_{0};
+  Cell<std::shared_ptr<const Subscribers>>
+      subscribers_;                    ///< replaced as a whole, so that sending copies a pointer
+  ServerMember* publisher_ = nullptr;  ///< null: not open; guarded by the server's lock
+};
+
+using Publications = std::vector<std::shared_ptr<Publication>>;
+
+}  // namespace lumo

@@ -1,0 +1,252 @@
+#include "LumoRTCLocal/server/ScriptedParticipant.h"
+
+#include <type_traits>
+#include <utility>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/media/TestPicture.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+
+namespace lumo {
+namespace {
+
+constexpr double kBaseToneHz = 300;
+constexpr double kToneStepHz = 100;
+constexpr std::uint32_t kTones = 200;  // the highest stays below half the sample rate
+
+std::vector<std::int64_t> mediaTypes(LumoRTCLocal::Media media) {
+  switch (media) {
+    case LumoRTCLocal::Media::audio:
+      return {LMRTCMediaTypeAudio};
+    case LumoRTCLocal::Media::video:
+      return {LMRTCMediaTypeVideo};
+    case LumoRTCLocal::Media::audioAndVideo:
+      break;
+  }
+  return {LMRTCMediaTypeAudio, LMRTCMediaTypeVideo};
+}
+
+template <class Sink>
+class TapReceiver : public MediaReceiver {
+ public:
+  TapReceiver(std::shared_ptr<const Sink> sink, std::string tag)
+      : sink_(std::move(sink)), tag_(std::move(tag)) {}
+
+  void receiveAudio(const AudioBlock& block, Microseconds time) override {
+    if constexpr (std::is_invocable_v<Sink, std::string, AudioBlock, Microseconds>)
+      (*sink_)(tag_, block, time);
+  }
+  void receiveVideo(const LMRTCVideoFrame& frame) override {
+    if constexpr (std::is_invocable_v<Sink, std::string, LMRTCVideoFrame>) (*sink_)(tag_, frame);
+  }
+
+ private:
+  const std::shared_ptr<const Sink> sink_;
+  const std::string tag_;
+};
+
+}  // namespace
+
+ScriptedParticipant::ScriptedParticipant(Parts parts, MediaServer::Member member, std::string userId)
+    : member_(std::move(member)), userId_(std::move(userId)), parts_(std::move(parts)) {}
+
+ScriptedParticipant::~ScriptedParticipant() { leaveRoom(false); }
+
+std::unique_ptr<AudioSource> ScriptedParticipant::makeTone(std::uint32_t sourceNumber) {
+  return std::make_unique<ToneSource>(kBaseToneHz + kToneStepHz * (sourceNumber % kTones));
+}
+
+std::int64_t ScriptedParticipant::publishAudio() { return publish(kLMRTCDefaultStreamTag, Media::audio, {}); }
+
+std::int64_t ScriptedParticipant::publishVideo() { return publish(kLMRTCDefaultStreamTag, Media::video, {}); }
+
+std::int64_t ScriptedParticipant::publish(const std::string& tag, Media media,
+                                          std::optional<std::uint32_t> sourceNumber) {
+  const std::lock_guard lock(mutex_);
+  const std::uint32_t number = sourceNumber.value_or(parts_.sourceNumber);
+  const auto types = mediaTypes(media);
+  Publications publications;
+  for (const std::int64_t type : types) {
+    publications.push_back(makePublication(tag, type, sources_[{tag, type}], number));
+  }
+  const std::int64_t code = parts_.server->publish(member_, publications);
+  if (code != LocalCodeSuccess) return code;
+  for (std::size_t i = 0; i < types.size(); ++i) opened(sources_[{tag, types[i]}], publications[i], number);
+  return LocalCodeSuccess;
+}
+
+std::int64_t ScriptedParticipant::unpublishAudio() { return unpublish(kLMRTCDefaultStreamTag, Media::audio); }
+
+std::int64_t ScriptedParticipant::unpublishVideo() { return unpublish(kLMRTCDefaultStreamTag, Media::video); }
+
+std::int64_t ScriptedParticipant::unpublish(const std::string& tag, Media media) {
+  const std::lock_guard lock(mutex_);
+  if (!isInRoom()) return LocalCodeNotInRoom;
+  Publications publications;
+  for (const std::int64_t type : mediaTypes(media)) {
+    const Source& source = sources_[{tag, type}];
+    if (!source.publication) return LocalCodeNotPublished;
+    publications.push_back(source.publication);
+  }
+  const std::int64_t code = parts_.server->unpublish(member_, publications);
+  if (code != LocalCodeSuccess) return code;
+  for (const std::int64_t type : mediaTypes(media)) closed(sources_[{tag, type}]);
+  return LocalCodeSuccess;
+}
+
+std::int64_t ScriptedParticipant::mute(bool muted) { return mute(kLMRTCDefaultStreamTag, muted); }
+
+std::int64_t ScriptedParticipant::mute(const std::string& tag, bool muted) {
+  return setEnabled(tag, LMRTCMediaTypeAudio, !muted);
+}
+
+std::int64_t ScriptedParticipant::disableVideo(bool disabled) {
+  return disableVideo(kLMRTCDefaultStreamTag, disabled);
+}
+
+std::int64_t ScriptedParticipant::disableVideo(const std::string& tag, bool disabled) {
+  return setEnabled(tag, LMRTCMediaTypeVideo, !disabled);
+}
+
+std::int64_t ScriptedParticipant::switchRole(Role role) {
+  const std::lock_guard lock(mutex_);
+  if (role == Role::member) return LocalCodeNotALiveRoom;
+  const bool audience = role == Role::audience;
+  const std::int64_t code =
+      parts_.server->switchRole(member_, audience ? LMRTCRoleTypeAudience : LMRTCRoleTypeBroadcaster);
+  if (code != LocalCodeSuccess) return code;
+  for (auto& [key, source] : sources_) closed(source);
+  return LocalCodeSuccess;
+}
+
+std::int64_t ScriptedParticipant::sendSei(const std::string& text) {
+  const std::lock_guard lock(mutex_);
+  return parts_.server->sendSei(member_, text);
+}
+
+std::int64_t ScriptedParticipant::leave() { return leaveRoom(false); }
+
+std::int64_t ScriptedParticipant::goOffline() { return leaveRoom(true); }
+
+std::int64_t ScriptedParticipant::kick(const std::string& userId, std::int64_t reason) {
+  return parts_.server->kick(member_, userId, reason);
+}
+
+std::int64_t ScriptedParticipant::linkRoom(const std::string& otherRoomId) {
+  return parts_.server->linkRoom(member_, otherRoomId);
+}
+
+void ScriptedParticipant::onAudio(AudioSink sink) {
+  if (!sink) return receive(LMRTCMediaTypeAudio, nullptr);
+  receive(LMRTCMediaTypeAudio,
+          std::make_shared<const Tap>(Tap{[shared = std::make_shared<const AudioSink>(std::move(sink))](
+                                              const std::string& tag) -> std::shared_ptr<MediaReceiver> {
+                                            return std::make_shared<TapReceiver<AudioSink>>(shared, tag);
+                                          },
+                                          false}));
+}
+
+void ScriptedParticipant::onVideo(VideoSink sink, bool tiny) {
+  if (!sink) return receive(LMRTCMediaTypeVideo, nullptr);
+  receive(LMRTCMediaTypeVideo,
+          std::make_shared<const Tap>(Tap{[shared = std::make_shared<const VideoSink>(std::move(sink))](
+                                              const std::string& tag) -> std::shared_ptr<MediaReceiver> {
+                                            return std::make_shared<TapReceiver<VideoSink>>(shared, tag);
+                                          },
+                                          tiny}));
+}
+
+bool ScriptedParticipant::isInRoom() const { return parts_.server->isPresent(member_); }
+
+void ScriptedParticipant::streamsPublished(const std::vector<PublicationState>& streams) {
+  const std::lock_guard lock(mutex_);
+  for (const PublicationState& state : streams) tap(state.publication);
+}
+
+std::shared_ptr<Publication> ScriptedParticipant::makePublication(const std::string& tag,
+                                                                  std::int64_t mediaType, Source& source,
+                                                                  std::uint32_t number) {
+  const bool custom = tag != kLMRTCDefaultStreamTag;
+  StreamName name{userId_, tag, mediaType, custom ? LMRTCMediaStreamTypeCustom : LMRTCMediaStreamTypeNormal};
+  if (mediaType == LMRTCMediaTypeAudio) {
+    return Publication::create(std::move(name), source.enabled, makeTone(number),
+                               [weak = std::weak_ptr<AudioExchange>(parts_.audio)](const auto& changed) {
+                                 if (const auto exchange = weak.lock()) exchange->update(changed);
+                               });
+  }
+  if (!source.pipeline) {
+    source.pipeline = makePipeline(tag, number);
+    source.number = number;
+  }
+  return Publication::create(std::move(name), source.enabled, nullptr,
+                             [weak = std::weak_ptr<CameraPipeline>(source.pipeline)](const auto&) {
+                               if (const auto pipeline = weak.lock()) pipeline->update();
+                             });
+}
+
+std::shared_ptr<CameraPipeline> ScriptedParticipant::makePipeline(const std::string& tag,
+                                                                  std::uint32_t number) {
+  std::shared_ptr<VideoSource> source;
+  if (tag == kLMRTCDefaultStreamTag) source = std::move(parts_.camera);
+  if (!source) source = std::make_shared<TestPictureSource>(number);
+  const auto pipeline =
+      std::make_shared<CameraPipeline>(parts_.timeline, "camera " + userId_, std::move(source), parts_.video);
+  pipeline->setActive(true);
+  return pipeline;
+}
+
+void ScriptedParticipant::opened(Source& source, const std::shared_ptr<Publication>& publication,
+                                 std::uint32_t number) {
+  source.publication = publication;
+  if (!source.pipeline) return;
+  if (source.number != number) source.pipeline->setSource(std::make_shared<TestPictureSource>(number));
+  source.number = number;
+  source.pipeline->setPublication(publication);
+}
+
+void ScriptedParticipant::closed(Source& source) {
+  source.publication = nullptr;
+  if (source.pipeline) source.pipeline->setPublication(nullptr);
+}
+
+std::int64_t ScriptedParticipant::setEnabled(const std::string& tag, std::int64_t mediaType, bool enabled) {
+  const std::lock_guard lock(mutex_);
+  if (!isInRoom()) return LocalCodeNotInRoom;
+  Source& source = sources_[{tag, mediaType}];
+  source.enabled = enabled;
+  if (source.publication) parts_.server->setEnabled(source.publication, enabled);
+  return LocalCodeSuccess;
+}
+
+std::int64_t ScriptedParticipant::leaveRoom(bool offline) {
+  const std::lock_guard lock(mutex_);
+  const std::int64_t code = parts_.server->leave(member_, offline);
+  for (auto& [key, source] : sources_) closed(source);
+  return code;
+}
+
+void ScriptedParticipant::receive(std::int64_t mediaType, std::shared_ptr<const Tap> tapped) {
+  // The former tap, and with it the script's former sink, goes after the lock.
+  const std::lock_guard lock(mutex_);
+  std::swap(taps_[mediaType], tapped);
+  const bool receives = taps_[mediaType] != nullptr;
+  for (const MemberSnapshot& present : parts_.server->observe(member_, weak_from_this())) {
+    for (const PublicationState& state : present.publications) {
+      if (state.publication->name().mediaType != mediaType || present.userId != parts_.localUserId) continue;
+      if (receives) {
+        tap(state.publication);
+      } else {
+        parts_.server->unsubscribe(member_, {state.publication});
+      }
+    }
+  }
+}
+
+void ScriptedParticipant::tap(const std::shared_ptr<Publication>& stream) {
+  const StreamName& name = stream->name();
+  const auto found = taps_.find(name.mediaType);
+  if (name.userId != parts_.localUserId || found == taps_.end() || !found->second) return;
+  parts_.server->subscribe(member_, {{stream, found->second->makeReceiver(name.tag), found->second->tiny}});
+}
+
+}  // namespace lumo

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "LumoRTCLocal/LumoRTCLocal.h"
+#include "LumoRTCLocal/sdk/CameraPipeline.h"
+#include "LumoRTCLocal/server/AudioExchange.h"
+#include "LumoRTCLocal/server/MediaServer.h"
+#include "LumoRTCLocal/server/RoomObserver.h"
+
+namespace lumo {
+
+/// A member of a room that does what a script tells it to.
+class ScriptedParticipant : public LumoRTCLocal::Participant,
+                            public RoomObserver,
+                            public std::enable_shared_from_this<ScriptedParticipant> {
+ public:
+  /// What the participant is made of.
+  struct Parts {
+    std::shared_ptr<Timeline> timeline;
+    std::shared_ptr<MediaServer> server;
+    std::shared_ptr<AudioExchange> audio;
+    std::string localUserId;  ///< whose streams the participant receives
+    std::uint32_t sourceNumber = 0;
+    VideoFormat video;
+    std::unique_ptr<VideoSource> camera;  ///< null: the test picture
+  };
+
+  using Media = LumoRTCLocal::Media;
+  using Role = LumoRTCLocal::Role;
+
+  ScriptedParticipant(Parts parts, MediaServer::Member member, std::string userId);
+  ~ScriptedParticipant() override;
+
+  /// Whether it has neither left nor been removed.
+  bool isInRoom() const;
+
+  /// The tone that belongs to a source number.
+  static std::unique_ptr<AudioSource> makeTone(std::uint32_t sourceNumber);
+
+  const std::string& userId() const override { return userId_; }
+  std::uint32_t sourceNumber() const override { return parts_.sourceNumber; }
+  std::int64_t publishAudio() override;
+  std::int64_t publishVideo() override;
+  std::int64_t publish(const std::string& tag, Media media,
+                       std::optional<std::uint32_t> sourceNumber) override;
+  std::int64_t unpublishAudio() override;
+  std::int64_t unpublishVideo() override;
+  std::int64_t unpublish(const std::string& tag, Media media) override;
+  std::int64_t mute(bool muted) override;
+  std::int64_t mute(const std::string& tag, bool muted) override;
+  std::int64_t disableVideo(bool disabled) override;
+  std::int64_t disableVideo(const std::string& tag, bool disabled) override;
+  std::int64_t switchRole(Role role) override;
+  std::int64_t sendSei(const std::string& text) override;
+  std::int64_t leave() override;
+  std::int64_t goOffline() override;
+  std::int64_t kick(const std::string& userId, std::int64_t reason) override;
+  std::int64_t linkRoom(const std::string& otherRoomId) override;
+  void onAudio(AudioSink sink) override;
+  void onVideo(VideoSink sink, bool tiny) override;
+
+ private:
+  /// One microphone or camera of the participant, known by tag and media type.
+  struct Source {
+    bool enabled = true;
+    std::uint32_t number = 0;                  ///< what it shows and sounds like
+    std::shared_ptr<CameraPipeline> pipeline;  ///< video only; made when it is published first
+    std::shared_ptr<Publication> publication;  ///< null: not published
+  };
+  using SourceKey = std::pair<std::string, std::int64_t>;  ///< tag, media type
+
+  /// Makes the receiver for the stream of a tag.
+  struct Tap {
+    std::function<std::shared_ptr<MediaReceiver>(const std::string& tag)> makeReceiver;
+    bool tiny = false;
+  };
+
+  void streamsPublished(const std::vector<PublicationState>& streams) override;
+
+  std::shared_ptr<Publication> makePublication(const std::string& tag, std::int64_t mediaType, Source& source,
+                                               std::uint32_t number);
+  std::shared_ptr<CameraPipeline> makePipeline(const std::string& tag, std::uint32_t number);
+  void opened(Source& source, const std::shared_ptr<Publication>& publication, std::uint32_t number);
+  static void closed(Source& source);
+  std::int64_t setEnabled(const std::string& tag, std::int64_t mediaType, bool enabled);
+  std::int64_t leaveRoom(bool offline);
+  void receive(std::int64_t mediaType, std::shared_ptr<const Tap> tap);
+  void tap(const std::shared_ptr<Publication>& stream);
+
+  const MediaServer::Member member_;
+  const std::string userId_;
+  std::mutex mutex_;  ///< guards what follows; held over calls into the server, which never call back
+  Parts parts_;
+  std::map<SourceKey, Source> sources_;
+  std::map<std::int64_t, std::shared_ptr<const Tap>> taps_;  ///< by media type
+};
+
+}  // namespace lumo

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/Publication.h"
+#include "LumoRTCLocal/server/RoomObserver.h"
+
+namespace lumo {
+
+class ServerRoom;
+
+/// One stay of one user in one room. Outside the server it is a handle only: its fields are guarded by the
+/// server's lock.
+struct ServerMember {
+  std::string userId;
+  std::int64_t role = 0;  ///< LMRTCRoleType
+  std::uint64_t arrival = 0;
+  std::weak_ptr<RoomObserver> observer;
+  ServerRoom* room = nullptr;  ///< null once the stay is over
+  Publications publications;   ///< in the order of publication
+  std::unordered_set<std::shared_ptr<Publication>> subscriptions;
+
+  /// What the member publishes under that name, or null.
+  std::shared_ptr<Publication> find(const StreamName& name) const;
+};
+
+/// A room of the server: who is in it, and who hears of it. Guarded by the server's lock.
+class ServerRoom {
+ public:
+  ServerRoom(std::string id, bool live) : id_(std::move(id)), live_(live) {}
+
+  const std::string& id() const { return id_; }
+  bool isLive() const { return live_; }
+  bool isEmpty() const { return members_.empty(); }
+
+  std::shared_ptr<ServerMember> find(const std::string& userId) const;
+  void add(const std::shared_ptr<ServerMember>& member);
+  void remove(ServerMember& member);
+  /// Makes `member` hear of the room; a member without an observer costs nothing per event.
+  void listen(ServerMember& member);
+
+  /// Everybody but `except`, in the order in which they came.
+  std::vector<MemberSnapshot> snapshot(const ServerMember* except) const;
+
+  /// Posts one event to everybody who listens, except the member that caused it.
+  template <class Event>
+  void notify(Runner& events, const ServerMember* except, const Event& event) const {
+    for (const ServerMember* listener : listeners_) {
+      if (listener != except) post(events, *listener, event);
+    }
+  }
+  template <class Event>
+  static void post(Runner& events, const ServerMember& listener, const Event& event) {
+    events.post([observer = listener.observer, event] {
+      if (const auto target = observer.lock()) event(*target);
+    });
+  }
+
+ private:
+  const std::string id_;
+  const bool live_;
+  std::unordered_map<std::string, std::shared_ptr<ServerMember>> members_;
+  std::map<std::uint64_t, ServerMember*> arrivals_;
+  std::vector<ServerMember*> listeners_;
+};
+
+}  // namespace lumo
