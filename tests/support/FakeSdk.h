@@ -190,33 +190,32 @@ class LocalUser : public LMRTCLocalUser, Counted {
 
   const std::string& userId() const override { return id_; }
   OutputStreams streams() const override { return {}; }
-  void publishStreams(const OutputStreams& streams, Completion completion) override {
-    answer("publishStreams " + ids(streams), std::move(completion));
+  void publishStreams(const OutputStreams& streams, Completion done) override {
+    answer("publishStreams " + ids(streams), std::move(done));
   }
-  void unpublishStreams(const OutputStreams& streams, Completion completion) override {
-    answer("unpublishStreams " + ids(streams), std::move(completion));
+  void unpublishStreams(const OutputStreams& streams, Completion done) override {
+    answer("unpublishStreams " + ids(streams), std::move(done));
   }
-  void publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream,
-                         LiveCompletion completion) override {
-    answerLive("publishLiveStream " + stream->streamId(), std::move(completion));
+  void publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, LiveCompletion done) override {
+    answerLive("publishLiveStream " + stream->streamId(), std::move(done));
   }
-  void publishDefaultLiveStreams(LiveCompletion completion) override {
-    answerLive("publishDefaultLiveStreams", std::move(completion));
+  void publishDefaultLiveStreams(LiveCompletion done) override {
+    answerLive("publishDefaultLiveStreams", std::move(done));
   }
-  void unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) override {
-    answer("unpublishLiveStream " + stream->streamId(), std::move(completion));
+  void unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion done) override {
+    answer("unpublishLiveStream " + stream->streamId(), std::move(done));
   }
-  void unpublishDefaultLiveStreams(Completion completion) override {
-    answer("unpublishDefaultLiveStreams", std::move(completion));
+  void unpublishDefaultLiveStreams(Completion done) override {
+    answer("unpublishDefaultLiveStreams", std::move(done));
   }
   void subscribeStream(const std::optional<InputStreams>& streams,
-                       const std::optional<InputStreams>& tinyStreams, Completion completion) override {
+                       const std::optional<InputStreams>& tinyStreams, Completion done) override {
     answer("subscribeStream " + (streams ? ids(*streams) : "nil") + " tiny " +
                (tinyStreams ? ids(*tinyStreams) : "nil"),
-           std::move(completion));
+           std::move(done));
   }
-  void unsubscribeStreams(const InputStreams& streams, Completion completion) override {
-    answer("unsubscribeStreams " + ids(streams), std::move(completion));
+  void unsubscribeStreams(const InputStreams& streams, Completion done) override {
+    answer("unsubscribeStreams " + ids(streams), std::move(done));
   }
 
  private:
@@ -227,14 +226,14 @@ class LocalUser : public LMRTCLocalUser, Counted {
       ids.push_back(stream->streamId() + (stream->mediaType() == 1 ? ":v" : ":a"));
     return lumo::format("%@", {ids});
   }
-  void answer(const std::string& what, Completion completion) {
+  void answer(const std::string& what, Completion done) {
     context_->call("%@", {what});
-    context_->owe([completion = std::move(completion)](std::int64_t code) { completion(code == 0, code); });
+    context_->owe([done = std::move(done)](std::int64_t code) { done(code == 0, code); });
   }
-  void answerLive(const std::string& what, LiveCompletion completion) {
+  void answerLive(const std::string& what, LiveCompletion done) {
     context_->call("%@", {what});
-    context_->owe([completion = std::move(completion), info = nextLiveInfo.get()](std::int64_t code) {
-      completion(code == 0, code, info);
+    context_->owe([done = std::move(done), info = nextLiveInfo.get()](std::int64_t code) {
+      done(code == 0, code, info);
     });
   }
 
@@ -311,19 +310,20 @@ class Engine : public LMRTCEngine, Counted {
                     c.enableMixWithOthers(), c.enableVersionMismatch()});
   }
   void unInit() override { context_->call("unInit"); }
-  void joinRoom(const std::string& roomId, const LMRTCRoomConfig& c, JoinCompletion completion) override {
+  void joinRoom(const std::string& roomId, const LMRTCRoomConfig& c, JoinCompletion done) override {
     const auto text = [](std::optional<std::int64_t> value) {
       return value ? std::to_string(*value) : "unset";
     };
     context_->call(
         "joinRoom %@ live:%@ room:%@ role:%@ join:%@",
         {roomId, text(c.liveType()), text(c.roomType()), text(c.roleType()), text(c.joinRoomType())});
-    context_->owe([completion = std::move(completion), room = std::weak_ptr(nextRoom.get())](
-                      std::int64_t code) { completion(code, room.lock()); });
+    context_->owe([done = std::move(done), room = std::weak_ptr(nextRoom.get())](std::int64_t code) {
+      done(code, room.lock());
+    });
   }
-  void leaveRoom(Completion completion) override {
+  void leaveRoom(Completion done) override {
     context_->call("leaveRoom");
-    context_->owe(std::move(completion));
+    context_->owe(std::move(done));
   }
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera_; }

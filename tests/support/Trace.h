@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace lumo {
 
@@ -24,13 +25,24 @@ class Trace {
     return std::exchange(lines_, {});
   }
 
-  static std::string text(std::initializer_list<std::string> lines) {
+  /// Joins expected lines. "T publish type:2" is short for "log 4 IW/RTC-publish-T type:2", and so for E, R,
+  /// L and S.
+  static std::string text(const std::vector<std::string>& lines) {
     std::string text;
-    for (const auto& line : lines) text += line + "\n";
+    for (const auto& line : lines) text += (isShort(line) ? expanded(line) : line) + "\n";
     return text;
   }
 
  private:
+  static bool isShort(const std::string& line) {
+    return line.size() > 2 && line[1] == ' ' && std::string("TERLS").find(line[0]) != std::string::npos;
+  }
+  static std::string expanded(const std::string& line) {
+    const auto end = std::min(line.find(' ', 2), line.size());
+    return std::string("log ") + (line[0] == 'E' ? '2' : '4') + " IW/RTC-" + line.substr(2, end - 2) + "-" +
+           line[0] + line.substr(end);
+  }
+
   std::mutex mutex_;  ///< guards the lines
   std::string lines_;
 };

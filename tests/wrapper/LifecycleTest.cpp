@@ -16,9 +16,8 @@ TEST_F(LifecycleTest, CreateInitialisesTheSdkFromTheFirstSetupOnly) {
   setup->enableVersionMatch = true;
 
   engine = LMRTCIWEngine::create(setup);
-  EXPECT_TRACE("log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
-               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
-               "sdk setMediaServerUrl wss://media",
+  EXPECT_TRACE("T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
+               "sdk setDelegate engine", "sdk setMediaServerUrl wss://media",
                "sdk initWithConfig reconnect:1 srtp:0 report:7 mix:0 mismatch:1",
                "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
   EXPECT_EQ(setup, engine->iwEngineSetup());
@@ -27,7 +26,7 @@ TEST_F(LifecycleTest, CreateInitialisesTheSdkFromTheFirstSetupOnly) {
   EXPECT_EQ(engine, LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>()));
   EXPECT_TRACE();
   EXPECT_EQ(engine, LMRTCIWEngine::create());
-  EXPECT_TRACE("log 4 IW/RTC-create-T");
+  EXPECT_TRACE("T create");
   EXPECT_EQ(setup, engine->iwEngineSetup());
 }
 
@@ -35,16 +34,14 @@ TEST_F(LifecycleTest, AnAbsentSetupActsAsAllFalseAndZeroAndAFreshOneHasItsDefaul
   engine->destroy();
   trace->take();
   engine = LMRTCIWEngine::create(nullptr);
-  EXPECT_TRACE("log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
-               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
-               "sdk initWithConfig reconnect:0 srtp:0 report:0 mix:0 mismatch:0",
+  EXPECT_TRACE("T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
+               "sdk setDelegate engine", "sdk initWithConfig reconnect:0 srtp:0 report:0 mix:0 mismatch:0",
                "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
   engine->destroy();
   trace->take();
   engine = LMRTCIWEngine::create();
-  EXPECT_TRACE("log 4 IW/RTC-create-T", "log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
-               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
-               "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
+  EXPECT_TRACE("T create", "T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
+               "sdk setDelegate engine", "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
                "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
   engine->destroy();
   trace->take();
@@ -75,7 +72,7 @@ TEST_F(LifecycleTest, DestroyEmptiesTheCachesAndKeepsTheListenerAndTheCdnFields)
   trace->take();
 
   engine->destroy();
-  EXPECT_TRACE("log 4 IW/RTC-destroy-T", "sdk me_file.stop", "sdk s1.setDelegate nil", "sdk unInit",
+  EXPECT_TRACE("T destroy", "sdk me_file.stop", "sdk s1.setDelegate nil", "sdk unInit",
                "console LMRTCIWEngine destroy end");
   EXPECT_FALSE(engine->iwEngineSetup() || engine->room() || engine->liveInfo() || engine->iwRoomSetup() ||
                engine->iwLocalVideoView() || engine->rtcEngine());
@@ -98,12 +95,10 @@ TEST_F(LifecycleTest, ADestroyedEngineFindsNothingAndANewOneStandsBesideIt) {
   EXPECT_EQ(LMRTCWrapperCodeLocalUserNotJoined, old->publish(0));
   EXPECT_EQ("", old->getSessionId());
   EXPECT_EQ(0, old->setAudioConfig(nullptr) + LMRTCWrapperCodeParameterError * -1);
-  EXPECT_TRACE("log 4 IW/RTC-publish-T type:0",
-               "log 2 IW/RTC-publish-E msg:room is nil or localUser is nil or iwRoomSetup is nil",
-               "log 4 IW/RTC-getSessionId-T",
-               "log 2 IW/RTC-getSessionId-E msg:room is nil or localUser is nil or iwRoomSetup is nil",
-               "log 4 IW/RTC-setAudioConfig-T quality:0,scenario:0,recordingVolume:0",
-               "log 2 IW/RTC-setAudioConfig-E msg:config is nil");
+  EXPECT_TRACE("T publish type:0", "E publish msg:room is nil or localUser is nil or iwRoomSetup is nil",
+               "T getSessionId", "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil",
+               "T setAudioConfig quality:0,scenario:0,recordingVolume:0",
+               "E setAudioConfig msg:config is nil");
 }
 
 TEST_F(LifecycleTest, WeakPropertiesReadAsAbsentOnceTheirObjectIsGone) {
@@ -120,7 +115,7 @@ TEST_F(LifecycleTest, TheLogThresholdKeepsLinesFromTheSink) {
   auto& log = LMFwLog::getInstance();
   log.setThreshold(LMFwLogLevelError);
   engine->joinRoom("r1", nullptr);
-  EXPECT_TRACE("log 2 IW/RTC-joinRoom-E msg:setup is nil");
+  EXPECT_TRACE("E joinRoom msg:setup is nil");
   log.setThreshold(LMFwLogLevelOff);
   engine->joinRoom("r1", nullptr);
   EXPECT_TRACE();

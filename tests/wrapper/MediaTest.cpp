@@ -17,16 +17,16 @@ const std::string kNoRoomOrSetup = kNoRoom + " or iwRoomSetup is nil";
 TEST_F(ConfigTest, ConfigsReachTheDefaultStreamsConvertedButUnchecked) {
   LMRTCIWAudioConfig audioConfig{.quality = 2, .scenario = 3, .recordingVolume = 250};
   EXPECT_EQ(0, engine->setAudioConfig(&audioConfig));
-  EXPECT_TRACE("log 4 IW/RTC-setAudioConfig-T quality:2,scenario:3,recordingVolume:250",
-               "sdk me_mic.setAudioQuality 2 0", "sdk me_mic.setRecordingVolume 250");
+  EXPECT_TRACE("T setAudioConfig quality:2,scenario:3,recordingVolume:250", "sdk me_mic.setAudioQuality 2 0",
+               "sdk me_mic.setRecordingVolume 250");
 
   LMRTCIWVideoConfig config{.minBitrate = 1, .maxBitrate = 2, .fps = 3, .resolution = 17, .mirror = true};
   EXPECT_EQ(0, engine->setVideoConfig(&config));
-  EXPECT_TRACE("log 4 IW/RTC-setVideoConfig-T minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1",
-               "log 4 IW/RTC-setVideoConfig-T minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:0",
+  EXPECT_TRACE("T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1",
+               "T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:0",
                "sdk me_cam.setVideoConfig 1-2 fps 3 size -1", "sdk me_cam.setIsEncoderMirror 1");
   EXPECT_EQ(0, engine->setVideoConfig(&config, true));
-  EXPECT_TRACE("log 4 IW/RTC-setVideoConfig-T minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:1",
+  EXPECT_TRACE("T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:1",
                "sdk me_cam.setTinyVideoConfig 1-2 fps 3 size -1");
 
   engine->setRtcEngine(nullptr);
@@ -37,60 +37,44 @@ TEST_F(ConfigTest, ConfigsReachTheDefaultStreamsConvertedButUnchecked) {
 
 TEST_F(ConfigTest, AnAbsentConfigIsRefusedAndTheVideoFormLogsUnderTheAudioName) {
   EXPECT_EQ(kBadParameter, engine->setAudioConfig(nullptr));
-  EXPECT_TRACE("log 4 IW/RTC-setAudioConfig-T quality:0,scenario:0,recordingVolume:0",
-               "log 2 IW/RTC-setAudioConfig-E msg:config is nil");
+  EXPECT_TRACE("T setAudioConfig quality:0,scenario:0,recordingVolume:0",
+               "E setAudioConfig msg:config is nil");
   EXPECT_EQ(kBadParameter, engine->setVideoConfig(nullptr));
-  EXPECT_TRACE("log 4 IW/RTC-setVideoConfig-T minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0",
-               "log 4 IW/RTC-setVideoConfig-T minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0,tiny:0",
-               "log 2 IW/RTC-setAudioConfig-E msg:config is nil");
+  EXPECT_TRACE("T setVideoConfig minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0",
+               "T setVideoConfig minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0,tiny:0",
+               "E setAudioConfig msg:config is nil");
 }
-
-/// One publication per media type: what is prepared, what is sent.
-struct PublishRow {
-  std::int64_t type;
-  std::vector<std::string> prepared;
-  std::string ordinary;
-  std::string live;
-};
 
 const std::string kCodec = "sdk me_mic.setAudioCodecType 111";
 const std::string kTiny = "sdk me_cam.setEnableTinyStream 1";
-const std::vector<PublishRow> kPublishRows = {
-    {0, {kCodec}, "Streams (me_mic:a)", "LiveStream me_mic"},
-    {1, {kTiny}, "Streams (me_cam:v)", "LiveStream me_cam"},
-    {2, {kCodec, kTiny}, "Streams (me_mic:a, me_cam:v)", "DefaultLiveStreams"},
-};
 
 TEST_F(PublishTest, PublishAndUnpublishTakeTheWayOfTheRoleForEveryMediaType) {
-  for (const std::int64_t role : {0, 1}) {
-    join(role);
-    for (const PublishRow& row : kPublishRows) {
-      for (const std::int64_t code : {0, -5}) {
-        const std::string type = std::to_string(row.type);
-        const std::string what = role == 0 ? row.ordinary : row.live;
-        const std::string status = code == 0 ? "log 4 IW/RTC-%-R callback:" : "log 2 IW/RTC-%-E callback:";
-        const std::string values = ", code:" + std::to_string(code) + ", role:" + std::to_string(role) +
-                                   (role == 0 ? "" : ",type:" + type);
-        const std::string outcome = type + (code == 0 ? " 0 ok" : " -5 sdk-5");
-        const auto result = [&](const std::string& method, const std::string& callback) {
-          std::string line = status + callback + values;
-          return line.replace(line.find('%'), 1, method);
-        };
-        SCOPED_TRACE("role " + std::to_string(role) + " type " + type);
+  const std::vector<std::vector<std::string>> prepared = {{kCodec}, {kTiny}, {kCodec, kTiny}};
+  const std::vector<std::vector<std::string>> what = {
+      {"Streams (me_mic:a)", "Streams (me_cam:v)", "Streams (me_mic:a, me_cam:v)"},
+      {"LiveStream me_mic", "LiveStream me_cam", "DefaultLiveStreams"}};
+  for (std::size_t i = 0; i < 12; ++i) {
+    const std::size_t role = i % 2;
+    const std::size_t type = i / 2 % 3;
+    const std::int64_t code = i < 6 ? 0 : -5;
+    const std::string call = format("type:%@", {type});
+    const std::string values = format(", code:%@, role:%@", {code, role}) + (role == 0 ? "" : "," + call);
+    const std::string status = code == 0 ? "R " : "E ";
+    const std::string outcome = std::to_string(type) + (code == 0 ? " 0 ok" : " -5 sdk-5");
+    SCOPED_TRACE(values + call);
+    join(static_cast<std::int64_t>(role));
 
-        EXPECT_EQ(0, engine->publish(row.type));
-        std::string expected = "log 4 IW/RTC-publish-T type:" + type + "\n";
-        for (const auto& line : row.prepared) expected += line + "\n";
-        EXPECT_EQ(expected + "sdk publish" + what + "\n", trace->take());
-        sdk->complete(code);
-        EXPECT_TRACE(result("publish", "onPublished"), "host onPublished " + outcome);
+    EXPECT_EQ(0, engine->publish(static_cast<std::int64_t>(type)));
+    std::vector<std::string> lines = {"T publish " + call, "sdk publish" + what[role][type]};
+    lines.insert(lines.begin() + 1, prepared[type].begin(), prepared[type].end());
+    EXPECT_EQ(Trace::text(lines), trace->take());
+    sdk->complete(code);
+    EXPECT_TRACE(status + "publish callback:onPublished" + values, "host onPublished " + outcome);
 
-        EXPECT_EQ(0, engine->unpublish(row.type));
-        EXPECT_TRACE("log 4 IW/RTC-unpublish-T type:" + type, "sdk unpublish" + what);
-        sdk->complete(code);
-        EXPECT_TRACE(result("unpublish", "onUnpublished"), "host onUnpublished " + outcome);
-      }
-    }
+    EXPECT_EQ(0, engine->unpublish(static_cast<std::int64_t>(type)));
+    EXPECT_TRACE("T unpublish " + call, "sdk unpublish" + what[role][type]);
+    sdk->complete(code);
+    EXPECT_TRACE(status + "unpublish callback:onUnpublished" + values, "host onUnpublished " + outcome);
   }
 }
 
@@ -104,9 +88,8 @@ TEST_F(PublishTest, UnsetCallbacksStillLeaveTheirResultLine) {
     sdk->complete();
     sdk->complete(-1);
     const std::string suffix = role == 0 ? "" : ",type:0";
-    EXPECT_TRACE(
-        "log 4 IW/RTC-publish-R callback:onPublished, code:0, role:" + std::to_string(role) + suffix,
-        "log 2 IW/RTC-unpublish-E callback:onUnpublished, code:-1, role:" + std::to_string(role) + suffix);
+    EXPECT_TRACE("R publish callback:onPublished, code:0, role:" + std::to_string(role) + suffix,
+                 "E unpublish callback:onUnpublished, code:-1, role:" + std::to_string(role) + suffix);
   }
 }
 
@@ -131,43 +114,42 @@ TEST_F(PublishTest, PreparationReadsTheEngineSetupAtEachCall) {
   setup->audioSetup->type = 0;
   setup->videoSetup->enableTinyStream = false;
   engine->publish(2);
-  EXPECT_TRACE("log 4 IW/RTC-publish-T type:2", "sdk me_mic.setAudioCodecType 0",
-               "sdk me_cam.setEnableTinyStream 0", "sdk publishStreams (me_mic:a, me_cam:v)");
+  EXPECT_TRACE("T publish type:2", "sdk me_mic.setAudioCodecType 0", "sdk me_cam.setEnableTinyStream 0",
+               "sdk publishStreams (me_mic:a, me_cam:v)");
   // An absent setup reads as zero and false.
   setup->audioSetup->type = 111;
   setup->videoSetup->enableTinyStream = true;
   engine->setIwEngineSetup(nullptr);
   engine->publish(2);
-  EXPECT_TRACE("log 4 IW/RTC-publish-T type:2", "sdk me_mic.setAudioCodecType 0",
-               "sdk me_cam.setEnableTinyStream 0", "sdk publishStreams (me_mic:a, me_cam:v)");
+  EXPECT_TRACE("T publish type:2", "sdk me_mic.setAudioCodecType 0", "sdk me_cam.setEnableTinyStream 0",
+               "sdk publishStreams (me_mic:a, me_cam:v)");
 }
 
 TEST_F(PublishTest, ChecksComeInTheirOrder) {
   EXPECT_EQ(kNotJoined, engine->publish(3));
   EXPECT_EQ(kNotJoined, engine->unpublish(3));
-  EXPECT_TRACE("log 4 IW/RTC-publish-T type:3", "log 2 IW/RTC-publish-E" + kNoRoomOrSetup,
-               "log 4 IW/RTC-unpublish-T type:3", "log 2 IW/RTC-unpublish-E" + kNoRoom);
+  EXPECT_TRACE("T publish type:3", "E publish" + kNoRoomOrSetup, "T unpublish type:3",
+               "E unpublish" + kNoRoom);
 
   join(LMRTCIWRoleLiveAudience);
   for (const std::int64_t type : {3, -1}) {
     const std::string text = std::to_string(type);
     EXPECT_EQ(kBadParameter, engine->publish(type));
     EXPECT_EQ(kBadParameter, engine->unpublish(type));
-    EXPECT_TRACE("log 4 IW/RTC-publish-T type:" + text, "log 2 IW/RTC-publish-E msg:streamArray count is 0",
-                 "log 4 IW/RTC-unpublish-T type:" + text,
-                 "log 2 IW/RTC-unpublish-E msg:streamArray count is 0");
+    EXPECT_TRACE("T publish type:" + text, "E publish msg:streamArray count is 0", "T unpublish type:" + text,
+                 "E unpublish msg:streamArray count is 0");
   }
   // The role is refused silently, after the streams have been prepared.
   EXPECT_EQ(kBadParameter, engine->publish(2));
   EXPECT_EQ(kBadParameter, engine->unpublish(2));
-  EXPECT_TRACE("log 4 IW/RTC-publish-T type:2", kCodec, kTiny, "log 4 IW/RTC-unpublish-T type:2");
+  EXPECT_TRACE("T publish type:2", kCodec, kTiny, "T unpublish type:2");
 
   // Only publishing needs the room setup.
   engine->setIwRoomSetup(nullptr);
   EXPECT_EQ(kNotJoined, engine->publish(0));
   EXPECT_EQ(0, engine->unpublish(0));
-  EXPECT_TRACE("log 4 IW/RTC-publish-T type:0", "log 2 IW/RTC-publish-E" + kNoRoomOrSetup,
-               "log 4 IW/RTC-unpublish-T type:0", "sdk unpublishStreams (me_mic:a)");
+  EXPECT_TRACE("T publish type:0", "E publish" + kNoRoomOrSetup, "T unpublish type:0",
+               "sdk unpublishStreams (me_mic:a)");
   room->me = nullptr;
   EXPECT_EQ(kNotJoined, engine->unpublish(0));
 }
@@ -180,97 +162,90 @@ TEST_F(SubscribeTest, SubscribingSelectsOrdinaryStreamsOfTheUsersThatAreThere) {
   engine->setSubs({{"s1", sub}});
   trace->take();
 
-  struct Row {
-    std::int64_t type;
-    std::string streams;
+  const std::vector<std::string> ids = {"u2", "gone", "u1", "u3"};
+  const std::vector<std::string> wanted = {
+      "(u1_LumoCloudRTC:a, u3_LumoCloudRTC:a)", "(u2_LumoCloudRTC:v, u1_LumoCloudRTC:v)",
+      "(u2_LumoCloudRTC:v, u1_LumoCloudRTC:a, u1_LumoCloudRTC:v, u3_LumoCloudRTC:a)"};
+  const auto perId = [&](const std::string& first, const std::string& before, const std::string& after) {
+    std::vector<std::string> lines = {first};
+    for (const auto& id : ids) lines.push_back(before + id + after);
+    return lines;
   };
-  const std::vector<Row> rows = {
-      {0, "(u1_LumoCloudRTC:a, u3_LumoCloudRTC:a)"},
-      {1, "(u2_LumoCloudRTC:v, u1_LumoCloudRTC:v)"},
-      {2, "(u2_LumoCloudRTC:v, u1_LumoCloudRTC:a, u1_LumoCloudRTC:v, u3_LumoCloudRTC:a)"}};
-  for (const Row& row : rows) {
+  for (std::int64_t type = 0; type < 3; ++type) {
+    const std::string streams = wanted[static_cast<std::size_t>(type)];
+    const std::string call = format("userIdArray:%@,type:%@", {ids, type});
     for (const bool tiny : {false, true}) {
-      const std::string call = "userIdArray:(u2, gone, u1, u3),type:" + std::to_string(row.type);
       const std::string tinyCall = call + (tiny ? ",tiny:1" : ",tiny:0");
-      const std::string lookUps =
-          "log 4 IW/RTC-getRemoteUser-T userId:u2\nlog 4 IW/RTC-getRemoteUser-T userId:gone\n"
-          "log 4 IW/RTC-getRemoteUser-T userId:u1\nlog 4 IW/RTC-getRemoteUser-T userId:u3";
-      EXPECT_EQ(0, engine->subscribeWithUserIds({"u2", "gone", "u1", "u3"}, row.type, tiny));
-      EXPECT_TRACE("log 4 IW/RTC-subscribeWithUserIds-T " + tinyCall, lookUps,
-                   "sdk subscribeStream " + (tiny ? "nil tiny " + row.streams : row.streams + " tiny nil"));
+      EXPECT_EQ(0, engine->subscribeWithUserIds(ids, type, tiny));
+      auto lines = perId("T subscribeWithUserIds " + tinyCall, "T getRemoteUser userId:", "");
+      lines.push_back("sdk subscribeStream " + (tiny ? "nil tiny " + streams : streams + " tiny nil"));
+      EXPECT_EQ(Trace::text(lines), trace->take());
       sdk->complete(-2);
-      const std::string outcome = " " + std::to_string(row.type) + " -2 sdk-2";
-      EXPECT_TRACE("log 2 IW/RTC-subscribeWithUserIds-E callback:onSubscribed, code:-2, " + tinyCall,
-                   "host onSubscribed u2" + outcome, "host onSubscribed gone" + outcome,
-                   "host onSubscribed u1" + outcome, "host onSubscribed u3" + outcome);
-
-      EXPECT_EQ(0, engine->unsubscribeWithUserIds({"u2", "gone", "u1", "u3"}, row.type));
-      EXPECT_TRACE("log 4 IW/RTC-unsubscribeWithUserIds-T " + call, lookUps,
-                   "sdk unsubscribeStreams " + row.streams);
-      sdk->complete();
-      const std::string left = " " + std::to_string(row.type) + " 0 ok";
-      EXPECT_TRACE("log 4 IW/RTC-unsubscribeWithUserIds-R callback:onUnsubscribed, code:0, " + call,
-                   "host onUnsubscribed u2" + left, "host onUnsubscribed gone" + left,
-                   "host onUnsubscribed u1" + left, "host onUnsubscribed u3" + left);
+      EXPECT_EQ(Trace::text(perId("E subscribeWithUserIds callback:onSubscribed, code:-2, " + tinyCall,
+                                  "host onSubscribed ", format(" %@ -2 sdk-2", {type}))),
+                trace->take());
     }
+    EXPECT_EQ(0, engine->unsubscribeWithUserIds(ids, type));
+    auto lines = perId("T unsubscribeWithUserIds " + call, "T getRemoteUser userId:", "");
+    lines.push_back("sdk unsubscribeStreams " + streams);
+    EXPECT_EQ(Trace::text(lines), trace->take());
+    sdk->complete();
+    EXPECT_EQ(Trace::text(perId("R unsubscribeWithUserIds callback:onUnsubscribed, code:0, " + call,
+                                "host onUnsubscribed ", format(" %@ 0 ok", {type}))),
+              trace->take());
   }
 }
 
 TEST_F(SubscribeTest, ForwardingFormsLogTheirOwnLineFirst) {
   room->users = {user("u1", {audio("u1")})};
   join();
-  const std::string list = "log 4 IW/RTC-subscribeWithUserIds-T userIdArray:(u1),type:0,tiny:";
-  const std::string lookUp = "log 4 IW/RTC-getRemoteUser-T userId:u1";
+  const std::string list = "T subscribeWithUserIds userIdArray:(u1),type:0,tiny:";
+  const std::string lookUp = "T getRemoteUser userId:u1";
   const std::string send = "sdk subscribeStream (u1_LumoCloudRTC:a) tiny nil";
   EXPECT_EQ(0, engine->subscribe("u1", 0));
-  EXPECT_TRACE("log 4 IW/RTC-subscribe-T userId:u1,type:0",
-               "log 4 IW/RTC-subscribe-T userId:u1,type:0,tiny:0", list + "0", lookUp, send);
+  EXPECT_TRACE("T subscribe userId:u1,type:0", "T subscribe userId:u1,type:0,tiny:0", list + "0", lookUp,
+               send);
   EXPECT_EQ(0, engine->subscribe("u1", 0, true));
-  EXPECT_TRACE("log 4 IW/RTC-subscribe-T userId:u1,type:0,tiny:1", list + "1", lookUp,
+  EXPECT_TRACE("T subscribe userId:u1,type:0,tiny:1", list + "1", lookUp,
                "sdk subscribeStream nil tiny (u1_LumoCloudRTC:a)");
   EXPECT_EQ(0, engine->subscribeWithUserIds({"u1"}, 0));
-  EXPECT_TRACE("log 4 IW/RTC-subscribeWithUserIds-T userIdArray:(u1),type:0", list + "0", lookUp, send);
+  EXPECT_TRACE("T subscribeWithUserIds userIdArray:(u1),type:0", list + "0", lookUp, send);
   EXPECT_EQ(0, engine->unsubscribe("u1", 0));
-  EXPECT_TRACE("log 4 IW/RTC-unsubscribe-T userId:u1,type:0",
-               "log 4 IW/RTC-unsubscribeWithUserIds-T userIdArray:(u1),type:0", lookUp,
+  EXPECT_TRACE("T unsubscribe userId:u1,type:0", "T unsubscribeWithUserIds userIdArray:(u1),type:0", lookUp,
                "sdk unsubscribeStreams (u1_LumoCloudRTC:a)");
 }
 
 TEST_F(SubscribeTest, ChecksComeInTheirOrderWithTheirOwnTexts) {
   const std::string none = "-E msg:streams count is 0";
   EXPECT_EQ(kBadParameter, engine->subscribe(std::nullopt, 2));
-  EXPECT_TRACE("log 4 IW/RTC-subscribe-T userId:(null),type:2",
-               "log 4 IW/RTC-subscribe-T userId:(null),type:2,tiny:0",
-               "log 2 IW/RTC-unpublish-E msg:userId is nil");
+  EXPECT_TRACE("T subscribe userId:(null),type:2", "T subscribe userId:(null),type:2,tiny:0",
+               "E unpublish msg:userId is nil");
   EXPECT_EQ(kBadParameter, engine->unsubscribe(std::nullopt, 2));
-  EXPECT_TRACE("log 4 IW/RTC-unsubscribe-T userId:(null),type:2",
-               "log 2 IW/RTC-unsubscribe-E msg:userId is nil");
+  EXPECT_TRACE("T unsubscribe userId:(null),type:2", "E unsubscribe msg:userId is nil");
 
   EXPECT_EQ(kNotJoined, engine->subscribeWithUserIds({}, 2, false));
   EXPECT_EQ(kNotJoined, engine->unsubscribeWithUserIds({"u1"}, 2));
   EXPECT_EQ(kNotJoined, engine->subscribeLiveMix(2));
   EXPECT_EQ(kNotJoined, engine->unsubscribeLiveMix(2));
-  EXPECT_TRACE("log 4 IW/RTC-subscribeWithUserIds-T userIdArray:(),type:2,tiny:0",
-               "log 2 IW/RTC-subscribeWithUserIds-E" + kNoRoom,
-               "log 4 IW/RTC-unsubscribeWithUserIds-T userIdArray:(u1),type:2",
-               "log 2 IW/RTC-unsubscribeWithUserIds-E" + kNoRoom + " or userIdArray count is 0",
-               "log 4 IW/RTC-subscribeLiveMix-T type:2", "log 4 IW/RTC-subscribeLiveMix-T type:2,tiny:0",
-               "log 2 IW/RTC-subscribeLiveMix-E" + kNoRoom, "log 4 IW/RTC-unsubscribeLiveMix-T type:2",
-               "log 2 IW/RTC-unsubscribeLiveMix-E" + kNoRoom);
+  EXPECT_TRACE("T subscribeWithUserIds userIdArray:(),type:2,tiny:0", "E subscribeWithUserIds" + kNoRoom,
+               "T unsubscribeWithUserIds userIdArray:(u1),type:2",
+               "E unsubscribeWithUserIds" + kNoRoom + " or userIdArray count is 0",
+               "T subscribeLiveMix type:2", "T subscribeLiveMix type:2,tiny:0",
+               "E subscribeLiveMix" + kNoRoom, "T unsubscribeLiveMix type:2",
+               "E unsubscribeLiveMix" + kNoRoom);
 
   room->users = {user("u1", {audio("u1"), stream("u1", "t", 1)})};
   join();
   EXPECT_EQ(kBadParameter, engine->subscribeWithUserIds({}, 2, false));
   EXPECT_EQ(kNotJoined, engine->unsubscribeWithUserIds({}, 2));
-  EXPECT_TRACE("log 4 IW/RTC-subscribeWithUserIds-T userIdArray:(),type:2,tiny:0",
-               "log 2 IW/RTC-subscribeWithUserIds" + none,
-               "log 4 IW/RTC-unsubscribeWithUserIds-T userIdArray:(),type:2",
-               "log 2 IW/RTC-unsubscribeWithUserIds-E" + kNoRoom + " or userIdArray count is 0");
+  EXPECT_TRACE("T subscribeWithUserIds userIdArray:(),type:2,tiny:0",
+               "log 2 IW/RTC-subscribeWithUserIds" + none, "T unsubscribeWithUserIds userIdArray:(),type:2",
+               "E unsubscribeWithUserIds" + kNoRoom + " or userIdArray count is 0");
   for (const std::int64_t type : {1, 5, -1}) {
     EXPECT_EQ(kBadParameter, engine->subscribeWithUserIds({"u1"}, type, false)) << type;
     EXPECT_EQ(kBadParameter, engine->unsubscribeWithUserIds({"u1"}, type)) << type;
     const std::string call = "-T userIdArray:(u1),type:" + std::to_string(type);
-    const std::string lookUp = "log 4 IW/RTC-getRemoteUser-T userId:u1";
+    const std::string lookUp = "T getRemoteUser userId:u1";
     EXPECT_TRACE("log 4 IW/RTC-subscribeWithUserIds" + call + ",tiny:0", lookUp,
                  "log 2 IW/RTC-subscribeWithUserIds" + none, "log 4 IW/RTC-unsubscribeWithUserIds" + call,
                  lookUp, "log 2 IW/RTC-unsubscribeWithUserIds" + none);
@@ -287,20 +262,18 @@ TEST_F(SubscribeTest, UnsetCallbacksStillLeaveTheirResultLine) {
   engine->subscribeLiveMix(0);
   trace->take();
   for (int i = 0; i < 3; ++i) sdk->complete();
-  EXPECT_TRACE(
-      "log 4 IW/RTC-subscribeWithUserIds-R callback:onSubscribed, code:0, userIdArray:(u1),type:0,tiny:0",
-      "log 4 IW/RTC-unsubscribeWithUserIds-R callback:onUnsubscribed, code:0, userIdArray:(u1),type:0",
-      "log 4 IW/RTC-subscribeLiveMix-R callback:onLiveMixSubscribed, code:0, type:0,tiny:0");
+  EXPECT_TRACE("R subscribeWithUserIds callback:onSubscribed, code:0, userIdArray:(u1),type:0,tiny:0",
+               "R unsubscribeWithUserIds callback:onUnsubscribed, code:0, userIdArray:(u1),type:0",
+               "R subscribeLiveMix callback:onLiveMixSubscribed, code:0, type:0,tiny:0");
 }
 
 TEST_F(SubscribeTest, TheLiveMixTakesEveryStreamUnlessOneMediaTypeIsNamed) {
   join(LMRTCIWRoleLiveAudience);
   EXPECT_EQ(kBadParameter, engine->subscribeLiveMix(0));
   EXPECT_EQ(kBadParameter, engine->unsubscribeLiveMix(0));
-  EXPECT_TRACE("log 4 IW/RTC-subscribeLiveMix-T type:0", "log 4 IW/RTC-subscribeLiveMix-T type:0,tiny:0",
-               "log 2 IW/RTC-subscribeLiveMix-E msg:streamArray count is 0",
-               "log 4 IW/RTC-unsubscribeLiveMix-T type:0",
-               "log 2 IW/RTC-unsubscribeLiveMix-E msg:streamArray count is 0");
+  EXPECT_TRACE("T subscribeLiveMix type:0", "T subscribeLiveMix type:0,tiny:0",
+               "E subscribeLiveMix msg:streamArray count is 0", "T unsubscribeLiveMix type:0",
+               "E unsubscribeLiveMix msg:streamArray count is 0");
 
   room->live = {stream("mix", "l", 0, 2), stream("mix", "l", 1, 2)};
   const std::vector<std::pair<std::int64_t, std::string>> rows = {
@@ -308,23 +281,22 @@ TEST_F(SubscribeTest, TheLiveMixTakesEveryStreamUnlessOneMediaTypeIsNamed) {
   for (const auto& [type, streams] : rows) {
     const std::string text = "type:" + std::to_string(type);
     EXPECT_EQ(0, engine->subscribeLiveMix(type, true));
-    EXPECT_TRACE("log 4 IW/RTC-subscribeLiveMix-T " + text + ",tiny:1",
-                 "sdk subscribeStream nil tiny " + streams);
+    EXPECT_TRACE("T subscribeLiveMix " + text + ",tiny:1", "sdk subscribeStream nil tiny " + streams);
     sdk->complete();
-    EXPECT_TRACE("log 4 IW/RTC-subscribeLiveMix-R callback:onLiveMixSubscribed, code:0, " + text + ",tiny:1",
+    EXPECT_TRACE("R subscribeLiveMix callback:onLiveMixSubscribed, code:0, " + text + ",tiny:1",
                  "host onLiveMixSubscribed " + std::to_string(type) + " 0 ok");
   }
   EXPECT_EQ(0, engine->subscribeLiveMix(1));
-  EXPECT_TRACE("log 4 IW/RTC-subscribeLiveMix-T type:1", "log 4 IW/RTC-subscribeLiveMix-T type:1,tiny:0",
+  EXPECT_TRACE("T subscribeLiveMix type:1", "T subscribeLiveMix type:1,tiny:0",
                "sdk subscribeStream (mix_l:v) tiny nil");
   sdk->complete();
   trace->take();
 
   EXPECT_EQ(0, engine->unsubscribeLiveMix(7));
-  EXPECT_TRACE("log 4 IW/RTC-unsubscribeLiveMix-T type:7", "sdk unsubscribeStreams (mix_l:a, mix_l:v)");
+  EXPECT_TRACE("T unsubscribeLiveMix type:7", "sdk unsubscribeStreams (mix_l:a, mix_l:v)");
   sdk->complete(-9);
   EXPECT_TRACE(
-      "log 2 IW/RTC-unsubscribeLiveMix-E callback:onLiveMixUnsubscribed, code:-9, type:7,streamArray:(mix_l, "
+      "E unsubscribeLiveMix callback:onLiveMixUnsubscribed, code:-9, type:7,streamArray:(mix_l, "
       "mix_l)",
       "host onLiveMixUnsubscribed 7 -9 sdk-9");
 }

@@ -58,9 +58,9 @@ TEST_F(ReentryTest, AViewMayCallBackIntoTheEngine) {
   room->users = {user("u1")};
   join();
   engine->setRemoteViewWithViewDelegate(std::make_shared<Unbinding>(trace, *engine), "u1");
-  EXPECT_TRACE("log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:u1",
-               "log 4 IW/RTC-getRemoteUser-T userId:u1", "log 4 IW/RTC-removeRemoteView-T userId:u1",
-               "log 2 IW/RTC-removeRemoteView-E msg:view is nil", "view v removeRemoteView");
+  EXPECT_TRACE("T setRemoteViewWithViewDelegate userId:u1", "T getRemoteUser userId:u1",
+               "T removeRemoteView userId:u1", "E removeRemoteView msg:view is nil",
+               "view v removeRemoteView");
 }
 
 TEST_F(ReentryTest, ALogSinkMayCallBackIntoTheEngine) {
@@ -87,8 +87,7 @@ TEST_F(ReentryTest, CompletionsAfterDestroyFindNothingAndStillReachTheListener) 
   trace->take();
 
   sdk->complete();
-  EXPECT_TRACE("log 4 IW/RTC-publish-R callback:onPublished, code:0, role:1,type:0",
-               "host onPublished 0 0 ok");
+  EXPECT_TRACE("R publish callback:onPublished, code:0, role:1,type:0", "host onPublished 0 0 ok");
   EXPECT_EQ(nullptr, kept->liveInfo());
   sdk->complete(-1);
   EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: -1", "host onRoomJoined -1 sdk-1");
@@ -115,9 +114,8 @@ TEST_F(ReentryTest, ConcurrentFirstCreatesMakeOneEngine) {
   for (auto& slot : made) threads.emplace_back([&slot, this] { slot = LMRTCIWEngine::create(setup); });
   for (auto& thread : threads) thread.join();
   for (const auto& one : made) EXPECT_EQ(made.front(), one);
-  EXPECT_TRACE("log 4 IW/RTC-create-T msg:LMRTCIWEngine create once",
-               "log 4 IW/RTC-init-T msg:LMRTCIWEngine create init", "sdk setDelegate engine",
-               "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
+  EXPECT_TRACE("T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
+               "sdk setDelegate engine", "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
                "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
   engine = made.front();
 }

@@ -30,8 +30,7 @@ TEST_F(RoomTest, JoinBuildsTheRoomConfigFromTheSetup) {
     roomSetup->role = row.role;
     roomSetup->joinType = row.joinType;
     EXPECT_EQ(0, engine->joinRoom("r1", roomSetup));
-    EXPECT_TRACE("log 4 IW/RTC-joinRoom-T roomId:r1",
-                 "console LMRTCIWEngine joinroom config: " + roomSetup->description(),
+    EXPECT_TRACE("T joinRoom roomId:r1", "console LMRTCIWEngine joinroom config: " + roomSetup->description(),
                  "sdk joinRoom r1 " + row.config);
     EXPECT_EQ(roomSetup, engine->iwRoomSetup());
   }
@@ -41,7 +40,7 @@ TEST_F(RoomTest, JoinWithoutASetupIsRefusedAndChangesNothing) {
   join();
   const auto before = engine->iwRoomSetup();
   EXPECT_EQ(LMRTCWrapperCodeParameterError, engine->joinRoom("r2", nullptr));
-  EXPECT_TRACE("log 4 IW/RTC-joinRoom-T roomId:r2", "log 2 IW/RTC-joinRoom-E msg:setup is nil");
+  EXPECT_TRACE("T joinRoom roomId:r2", "E joinRoom msg:setup is nil");
   EXPECT_EQ(before, engine->iwRoomSetup());
 }
 
@@ -123,8 +122,7 @@ TEST_F(RoomTest, AnAudienceMemberHearsOfTheLiveMix) {
   const auto roomSetup = std::make_shared<LMRTCIWRoomSetup>();
   roomSetup->role = LMRTCIWRoleLiveAudience;
   const auto result = [&](const std::string& callback) {
-    return "log 4 IW/RTC-joinRoom-R callback:" + callback +
-           ", code:0, role:2,setup:" + roomSetup->description();
+    return "R joinRoom callback:" + callback + ", code:0, role:2,setup:" + roomSetup->description();
   };
   const auto replay = [&](const std::set<std::string>& without) {
     listen(without);
@@ -170,7 +168,7 @@ TEST_F(RoomTest, LeavingResetsTheInnerCdnSettingsWhateverTheCode) {
     engine->setInnerCDNVideoResolution(4);
     engine->setInnerCDNVideoFps(2);
     EXPECT_EQ(0, engine->leaveRoom());
-    EXPECT_TRACE("log 4 IW/RTC-leaveRoom-T msg:LMRTCIWEngine leaveRoom", "sdk leaveRoom");
+    EXPECT_TRACE("T leaveRoom msg:LMRTCIWEngine leaveRoom", "sdk leaveRoom");
     sdk->complete(code);
     EXPECT_TRACE("console LMRTCIWEngine leaveRoom code: " + std::to_string(code),
                  "host onRoomLeft " + std::to_string(code) + (code == 0 ? " ok" : " sdk-7"));
@@ -192,8 +190,7 @@ TEST_F(RoomTest, RemoteUsersAreFoundInTheMainRoomBeforeTheSubRooms) {
   EXPECT_EQ(inMain, engine->getRemoteUser("u1"));
   EXPECT_EQ(inSub, engine->getRemoteUser("u2"));
   EXPECT_EQ(nullptr, engine->getRemoteUser("u3"));
-  EXPECT_TRACE("log 4 IW/RTC-getRemoteUser-T userId:u1", "log 4 IW/RTC-getRemoteUser-T userId:u2",
-               "log 4 IW/RTC-getRemoteUser-T userId:u3");
+  EXPECT_TRACE("T getRemoteUser userId:u1", "T getRemoteUser userId:u2", "T getRemoteUser userId:u3");
   engine->setRoom(nullptr);
   EXPECT_EQ(shadowed, engine->getRemoteUser("u1"));
 }
@@ -201,13 +198,13 @@ TEST_F(RoomTest, RemoteUsersAreFoundInTheMainRoomBeforeTheSubRooms) {
 TEST_F(RoomTest, TheSessionIdNeedsRoomLocalUserAndSetup) {
   const auto expectAbsent = [this] {
     EXPECT_EQ("", engine->getSessionId());
-    EXPECT_TRACE("log 4 IW/RTC-getSessionId-T",
-                 "log 2 IW/RTC-getSessionId-E msg:room is nil or localUser is nil or iwRoomSetup is nil");
+    EXPECT_TRACE("T getSessionId",
+                 "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil");
   };
   expectAbsent();
   join();
   EXPECT_EQ("session of r1", engine->getSessionId());
-  EXPECT_TRACE("log 4 IW/RTC-getSessionId-T");
+  EXPECT_TRACE("T getSessionId");
   engine->setIwRoomSetup(nullptr);
   expectAbsent();
   join();

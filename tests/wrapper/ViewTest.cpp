@@ -13,24 +13,22 @@ const std::shared_ptr<LMRTCIWView> kNoNativeView;
 TEST_F(ViewBindingTest, TheLocalViewGetsTheCameraAndIsHeldWeakly) {
   auto local = view("local");
   EXPECT_EQ(0, engine->setLocalViewWithViewDelegate(local));
-  EXPECT_TRACE("log 4 IW/RTC-setLocalViewWithViewDelegate-T view:1", "view local setLocalView me_cam");
+  EXPECT_TRACE("T setLocalViewWithViewDelegate view:1", "view local setLocalView me_cam");
   EXPECT_EQ(0, engine->removeLocalView());
-  EXPECT_TRACE("log 4 IW/RTC-removeLocalView-T", "view local removeLocalView");
+  EXPECT_TRACE("T removeLocalView", "view local removeLocalView");
   EXPECT_EQ(local, engine->iwLocalVideoView());
   local = nullptr;
   EXPECT_EQ(0, engine->removeLocalView());
-  EXPECT_TRACE("log 4 IW/RTC-removeLocalView-T");
+  EXPECT_TRACE("T removeLocalView");
 }
 
 TEST_F(ViewBindingTest, AnAbsentViewIsRefused) {
   EXPECT_EQ(kBadParameter, engine->setLocalView(kNoNativeView));
-  EXPECT_TRACE("log 4 IW/RTC-setLocalView-T view:(null)",
-               "log 4 IW/RTC-setLocalViewWithViewDelegate-T view:(null)",
-               "log 2 IW/RTC-setLocalViewWithViewDelegate-E msg:view is nil");
+  EXPECT_TRACE("T setLocalView view:(null)", "T setLocalViewWithViewDelegate view:(null)",
+               "E setLocalViewWithViewDelegate msg:view is nil");
   EXPECT_EQ(kBadParameter, engine->setLiveMixView(kNoNativeView));
-  EXPECT_TRACE("log 4 IW/RTC-setLiveMixView-T view:(null)",
-               "log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:(null)",
-               "log 2 IW/RTC-setLiveMixViewWithViewDelegate-E msg:view is nil");
+  EXPECT_TRACE("T setLiveMixView view:(null)", "T setLiveMixViewWithViewDelegate view:(null)",
+               "E setLiveMixViewWithViewDelegate msg:view is nil");
 }
 
 TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
@@ -53,8 +51,7 @@ TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
     room->users = {user(row.user, row.streams)};
     const auto remote = view(row.user);
     EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(remote, row.user));
-    EXPECT_TRACE("log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:" + row.user,
-                 "log 4 IW/RTC-getRemoteUser-T userId:" + row.user,
+    EXPECT_TRACE("T setRemoteViewWithViewDelegate userId:" + row.user, "T getRemoteUser userId:" + row.user,
                  "view " + row.user + " setRemoteView " + row.bound);
     EXPECT_EQ(remote, engine->remoteVideoViewDict()[row.user]);
   }
@@ -64,39 +61,36 @@ TEST_F(ViewBindingTest, RemoteViewsStayInTheMapUntilAnAbsentOneReplacesThem) {
   room->users = {user("u1", {video("u1")})};
   join();
   EXPECT_EQ(LMRTCWrapperCodeRemoteUserNotJoined, engine->setRemoteView(kNoNativeView, "gone"));
-  EXPECT_TRACE("log 4 IW/RTC-setRemoteView-T userId:gone",
-               "log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:gone",
-               "log 4 IW/RTC-getRemoteUser-T userId:gone",
-               "log 2 IW/RTC-setRemoteViewWithViewDelegate-E msg:user is nil");
+  EXPECT_TRACE("T setRemoteView userId:gone", "T setRemoteViewWithViewDelegate userId:gone",
+               "T getRemoteUser userId:gone", "E setRemoteViewWithViewDelegate msg:user is nil");
   EXPECT_EQ(kBadParameter, engine->removeRemoteView("u1"));
-  EXPECT_TRACE("log 4 IW/RTC-removeRemoteView-T userId:u1");
+  EXPECT_TRACE("T removeRemoteView userId:u1");
 
   engine->setRemoteViewWithViewDelegate(view("kept"), "u1");
   trace->take();
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(0, engine->removeRemoteView("u1"));
-    EXPECT_TRACE("log 4 IW/RTC-removeRemoteView-T userId:u1",
-                 "log 2 IW/RTC-removeRemoteView-E msg:view is nil", "view kept removeRemoteView");
+    EXPECT_TRACE("T removeRemoteView userId:u1", "E removeRemoteView msg:view is nil",
+                 "view kept removeRemoteView");
   }
   EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(nullptr, "u1"));
-  EXPECT_TRACE("log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:u1",
-               "log 4 IW/RTC-getRemoteUser-T userId:u1");
+  EXPECT_TRACE("T setRemoteViewWithViewDelegate userId:u1", "T getRemoteUser userId:u1");
   EXPECT_TRUE(engine->remoteVideoViewDict().empty());
 }
 
 TEST_F(ViewBindingTest, TheLiveMixViewNeedsNoRoomAndGetsTheFirstVideoStream) {
   auto mix = view("mix");
   EXPECT_EQ(0, engine->setLiveMixViewWithViewDelegate(mix));
-  EXPECT_TRACE("log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:1", "view mix setRemoteView nil");
+  EXPECT_TRACE("T setLiveMixViewWithViewDelegate view:1", "view mix setRemoteView nil");
   room->live = {stream("mix", "audio", 0, 2), stream("mix", "video", 1, 2)};
   join(LMRTCIWRoleLiveAudience);
   EXPECT_EQ(0, engine->setLiveMixViewWithViewDelegate(mix));
-  EXPECT_TRACE("log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:1", "view mix setRemoteView mix_video");
+  EXPECT_TRACE("T setLiveMixViewWithViewDelegate view:1", "view mix setRemoteView mix_video");
   EXPECT_EQ(0, engine->removeLiveMixView());
-  EXPECT_TRACE("log 4 IW/RTC-removeLiveMixView-T", "view mix removeRemoteView");
+  EXPECT_TRACE("T removeLiveMixView", "view mix removeRemoteView");
   mix = nullptr;
   EXPECT_EQ(0, engine->removeLiveMixView());
-  EXPECT_TRACE("log 4 IW/RTC-removeLiveMixView-T");
+  EXPECT_TRACE("T removeLiveMixView");
 }
 
 TEST_F(ViewBindingTest, NativeViewsGoThroughTheForwardingForms) {
@@ -106,19 +100,18 @@ TEST_F(ViewBindingTest, NativeViewsGoThroughTheForwardingForms) {
   const auto native = LMRTCIWView::create();
   const std::string embed = "sdk createVideoView 0,0 0x0\nsdk view.setFillMode 2";
   EXPECT_EQ(0, engine->setLocalView(native));
-  EXPECT_TRACE("log 4 IW/RTC-setLocalView-T view:1", "log 4 IW/RTC-setLocalViewWithViewDelegate-T view:1",
-               embed, "sdk me_cam.setVideoView view");
+  EXPECT_TRACE("T setLocalView view:1", "T setLocalViewWithViewDelegate view:1", embed,
+               "sdk me_cam.setVideoView view");
   native->destroy();
   trace->take();
   EXPECT_EQ(0, engine->setRemoteView(native, "u1"));
-  EXPECT_TRACE("log 4 IW/RTC-setRemoteView-T userId:u1",
-               "log 4 IW/RTC-setRemoteViewWithViewDelegate-T userId:u1",
-               "log 4 IW/RTC-getRemoteUser-T userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView view");
+  EXPECT_TRACE("T setRemoteView userId:u1", "T setRemoteViewWithViewDelegate userId:u1",
+               "T getRemoteUser userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView view");
   native->destroy();
   trace->take();
   EXPECT_EQ(0, engine->setLiveMixView(native));
-  EXPECT_TRACE("log 4 IW/RTC-setLiveMixView-T view:1", "log 4 IW/RTC-setLiveMixViewWithViewDelegate-T view:1",
-               embed, "sdk mix_video.setVideoView view");
+  EXPECT_TRACE("T setLiveMixView view:1", "T setLiveMixViewWithViewDelegate view:1", embed,
+               "sdk mix_video.setVideoView view");
 }
 
 TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
