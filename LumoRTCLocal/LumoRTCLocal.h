@@ -50,11 +50,12 @@ class LumoRTCLocal {
 
   struct ParticipantOptions {
     Role role = Role::member;
-    std::optional<std::uint32_t>
-        sourceNumber;         ///< of test picture and tone; else 1, 2, ... in the order of joining
-    lumo::VideoFormat video;  ///< of what its cameras send
-    std::string
-        camera;  ///< a video file or capture device for its default video stream; empty: the test picture
+    /// What test picture and tone show; absent: 1, 2, ... in the order of joining.
+    std::optional<std::uint32_t> sourceNumber = {};
+    /// What its cameras send.
+    lumo::VideoFormat video = {};
+    /// A video file or capture device for its default video stream; empty: the test picture.
+    std::string camera = {};
   };
 
   /// A scripted user in one room. Its operations take effect at once and answer with a code; after it has

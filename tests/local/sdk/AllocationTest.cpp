@@ -1,0 +1,33 @@
+#include "LumoRTCLocal/sdk/LocalVideoView.h"
+#include "tests/local/sdk/CountingNew.h"
+#include "tests/local/sdk/LocalSdkTest.h"
+
+namespace {
+
+class AllocationTest : public LocalSdkTest {};
+
+TEST_F(AllocationTest, SteadyMediaAllocatesNothing) {
+  const auto anna = addPublishing("anna");
+  ASSERT_EQ(0, join("r"));
+  ASSERT_EQ(0, publish({microphone(), camera()}));
+  ASSERT_EQ(0, subscribe({stream("anna", 0)}, {stream("anna", 1)}));
+  const auto view = std::make_shared<lumo::LocalVideoView>();
+  const auto preview = std::make_shared<lumo::LocalVideoView>();
+  video("anna", 1)->setVideoView(view);
+  camera()->setVideoView(preview);
+  camera()->setIsEncoderMirror(true);
+  std::size_t blocks = 0;
+  std::size_t frames = 0;
+  anna->onVideo([&frames](const std::string&, const LMRTCVideoFrame&) { ++frames; });
+  local->setSpeaker([&blocks](const lumo::AudioBlock&, lumo::Microseconds) { ++blocks; });
+  local->advance(2s);
+
+  const std::size_t framesBefore = frames + view->frameCount() + preview->frameCount();
+  const std::size_t before = allocationCount();
+  local->advance(2s);
+  EXPECT_EQ(0u, allocationCount() - before);
+  EXPECT_EQ(30u + 20 + 30, frames + view->frameCount() + preview->frameCount() - framesBefore);
+  EXPECT_GT(blocks, 390u);
+}
+
+}  // namespace

@@ -1,0 +1,134 @@
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
+#include "LumoRTCLocal/sdk/LocalVideoView.h"
+#include "tests/local/sdk/LocalSdkTest.h"
+
+namespace {
+
+using namespace lumo;
+using Codes = std::vector<std::int64_t>;
+
+class LifecycleTest : public LocalSdkTest {};
+
+TEST_F(LifecycleTest, InjectedFailuresChangeNothing) {
+  const auto anna = addPublishing("anna");
+  EXPECT_EQ(LocalCodeUnknownOperation, local->failNext("fly", 1));
+  EXPECT_EQ(LocalCodeUnknownOperation, local->delayNext("fly", 1s));
+  EXPECT_EQ(0, local->failNext("joinRoom", 4711, 2));
+  EXPECT_EQ(4711, join("r"));
+  EXPECT_EQ(4711, join("r"));
+  EXPECT_EQ(0, join("r"));
+
+  EXPECT_EQ(0, local->failNext("publishStreams", 5));
+  EXPECT_EQ(5, publish({camera()}));
+  EXPECT_TRUE(user()->streams().empty());
+  EXPECT_EQ(0, publish({camera()}));
+  EXPECT_EQ(0, local->failNext("unpublishStreams", 6));
+  EXPECT_EQ(6, unpublish({camera()}));
+  EXPECT_EQ(0, local->failNext("subscribeStream", 7));
+  EXPECT_EQ(7, subscribe({stream("anna")}));
+  EXPECT_EQ(LocalCodeNotSubscribed, unsubscribe({stream("anna")}));
+  EXPECT_EQ(0, local->failNext("unsubscribeStreams", 8));
+  EXPECT_EQ(8, unsubscribe({stream("anna")}));
+  EXPECT_EQ(0, local->failNext("leaveRoom", 9));
+  EXPECT_EQ(9, leave());
+  EXPECT_TRUE(user());
+  EXPECT_EQ(0, local->failNext("leaveRoom", 9));
+  EXPECT_EQ(0, local->failNext("leaveRoom", 9, 0));
+  EXPECT_EQ(0, leave());
+
+  ASSERT_EQ(0, anna->leave());
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+  for (const char* const operation : {"publishLiveStream", "publishDefaultLiveStreams", "unpublishLiveStream",
+                                      "unpublishDefaultLiveStreams"}) {
+    EXPECT_EQ(0, local->failNext(operation, 10)) << operation;
+  }
+  EXPECT_EQ(10, answerOf([&](auto done) { user()->publishLiveStream(camera(), live(done)); }));
+  EXPECT_EQ(10, answerOf([&](auto done) { user()->publishDefaultLiveStreams(live(done)); }));
+  EXPECT_EQ(10, answerOf([&](auto done) { user()->unpublishLiveStream(camera(), plain(done)); }));
+  EXPECT_EQ(10, answerOf([&](auto done) { user()->unpublishDefaultLiveStreams(plain(done)); }));
+}
+
+TEST_F(LifecycleTest, ADelayedOperationTakesEffectLater) {
+  EXPECT_EQ(0, local->delayNext("joinRoom", 2s));
+  Codes codes;
+  engine->joinRoom("r", {}, [&](std::int64_t code, const auto&) { codes.push_back(code); });
+  local->advance(1999ms);
+  EXPECT_TRUE(codes.empty());
+  EXPECT_EQ(0, local->join("r", "me").participant->leave()) << "nobody has taken the id yet";
+  local->advance(1ms);
+  EXPECT_EQ((Codes{0}), codes);
+}
+
+TEST_F(LifecycleTest, UnInitInTheMiddleOfThings) {
+  const auto anna = addPublishing("anna");
+  ASSERT_EQ(0, join("r"));
+  ASSERT_EQ(0, publish({camera(), microphone()}));
+  ASSERT_EQ(0, subscribe({stream("anna", 0), stream("anna", 1)}));
+  int sent = 0;
+  anna->onVideo([&](const std::string&, const LMRTCVideoFrame&) { ++sent; });
+  const auto view = std::make_shared<LocalVideoView>();
+  const auto preview = std::make_shared<LocalVideoView>();
+  video("anna", 1)->setVideoView(view);
+  camera()->setVideoView(preview);
+  local->advance(1s);
+  EXPECT_GT(sent, 0);
+  takeTrace();
+
+  Codes codes;
+  const auto count = [&codes](bool, std::int64_t code) { codes.push_back(code); };
+  EXPECT_EQ(0, local->delayNext("unsubscribeStreams", 10s));
+  user()->unsubscribeStreams({stream("anna")}, count);
+  user()->unpublishStreams({camera()}, count);
+  EXPECT_EQ(0, anna->unpublishAudio());
+  engine->leaveRoom([&codes](std::int64_t code) { codes.push_back(code); });
+  engine->unInit();
+  EXPECT_EQ(nullptr, user());
+  EXPECT_EQ(0, local->join("r", "me").participant->leave()) << "the server has let go";
+  const auto framesBefore = view->frameCount() + preview->frameCount() + static_cast<std::uint64_t>(sent);
+  local->advance(5s);
+  EXPECT_EQ((Codes{LocalCodeNotInitialised, LocalCodeNotInitialised}), codes);
+  EXPECT_EQ(framesBefore, view->frameCount() + preview->frameCount() + static_cast<std::uint64_t>(sent));
+  EXPECT_TRUE(takeTrace().empty()) << "detached";
+
+  engine->initWithConfig(LMRTCConfig());
+  ASSERT_EQ(0, join("r"));
+  local->advance(10s);
+  EXPECT_EQ(3u, codes.size()) << "what was called before is refused, though late";
+  EXPECT_EQ(LocalCodeNotInitialised, codes.back());
+  EXPECT_TRUE(user());
+  EXPECT_EQ(0, publish({camera(), microphone()}));
+  const int before = sent;
+  local->advance(1s);
+  EXPECT_GT(sent, before);
+}
+
+TEST_F(LifecycleTest, UnInitFromWithinCallbacks) {
+  Codes codes;
+  engine->joinRoom("r", {}, [&](std::int64_t code, const auto&) {
+    codes.push_back(code);
+    engine->unInit();
+  });
+  engine->leaveRoom([&](std::int64_t code) { codes.push_back(code); });
+  local->advance(0us);
+  EXPECT_EQ((Codes{0, LocalCodeNotInitialised}), codes);
+
+  engine->initWithConfig(LMRTCConfig());
+  engine->setDelegate(recorder);
+  ASSERT_EQ(0, join("r"));
+  const auto anna = add("anna");
+  recorder->onEvent = [this] { engine->unInit(); };
+  EXPECT_EQ(0, anna->kick("me", 1));
+  local->advance(0us);
+  EXPECT_EQ((Trace{"joined anna (in the room)"}), takeTrace()) << "nothing is told after unInit";
+}
+
+TEST_F(LifecycleTest, UninstallEndsEverything) {
+  const auto anna = addPublishing("anna");
+  ASSERT_EQ(0, join("r"));
+  local->uninstall();
+  EXPECT_EQ(nullptr, LMRTCProvider::installed());
+  EXPECT_EQ(nullptr, user());
+  EXPECT_EQ(LocalCodeNotInRoom, anna->leave());
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+#include <algorithm>
+
+#include "tests/local/sdk/LocalSdkTest.h"
+
+namespace {
+
+using namespace lumo;
+using Media = LumoRTCLocal::Media;
+using Role = LumoRTCLocal::Role;
+
+class RoomEventsTest : public LocalSdkTest {};
+
+TEST_F(RoomEventsTest, JoiningFindsWhoIsThere) {
+  const auto bob = add("bob");
+  const auto anna = addPublishing("anna");
+  EXPECT_EQ(0, anna->publish("screen", Media::video));
+  EXPECT_EQ(0, anna->disableVideo("screen", true));
+  EXPECT_EQ(0, anna->linkRoom("next"));
+  ASSERT_EQ(0, join("r"));
+
+  const auto users = room->remoteUsers();
+  ASSERT_EQ(2u, users.size());
+  EXPECT_EQ("bob", users[0]->userId());
+  EXPECT_EQ(users[1], room->getRemoteUser("anna"));
+  EXPECT_EQ(nullptr, room->getRemoteUser("me"));
+  Trace streams;
+  for (const auto& found : users[1]->remoteStreams()) streams.push_back(EventRecorder::name(found));
+  EXPECT_EQ((Trace{"anna_LumoCloudRTC:a", "anna_LumoCloudRTC:v", "anna_screen:v-off"}), streams);
+  EXPECT_EQ(LMRTCMediaStreamTypeCustom, stream("anna", 2)->mediaStreamType());
+  EXPECT_EQ(stream("anna", 1), stream("anna", 1)) << "the same object each time";
+  EXPECT_EQ((std::vector<std::string>{"next"}), room->otherRoomIdArray());
+  EXPECT_FALSE(room->sessionId().empty());
+  EXPECT_TRUE(takeTrace().empty());
+}
+
+TEST_F(RoomEventsTest, EventsComeInOrderWithAMirrorThatIsUpToDate) {
+  ASSERT_EQ(0, join("r"));
+  const auto anna = add("anna");
+  EXPECT_EQ(0, anna->mute(true));
+  EXPECT_EQ(0, anna->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo));
+  EXPECT_EQ(0, anna->mute(false));
+  EXPECT_EQ(0, anna->mute(false));
+  EXPECT_EQ(0, anna->disableVideo(true));
+  EXPECT_EQ(0, anna->publish("screen", Media::video));
+  EXPECT_EQ(0, anna->unpublishAudio());
+  EXPECT_TRUE(trace.empty()) << "told inside the call";
+  EXPECT_TRUE(room->remoteUsers().empty()) << "the mirror changes with the event";
+  local->advance(0us);
+  EXPECT_EQ((Trace{"joined anna (in the room)", "published anna_LumoCloudRTC:a-off anna_LumoCloudRTC:v of 2",
+                   "unmuted anna_LumoCloudRTC:a", "disabled anna_LumoCloudRTC:v-off",
+                   "published anna_screen:v of 3", "unpublished anna_LumoCloudRTC:a of 2"}),
+            takeTrace());
+
+  EXPECT_EQ(0, anna->leave());
+  EXPECT_EQ(0, addPublishing("bob", Media::audio)->goOffline());
+  local->advance(0us);
+  EXPECT_EQ((Trace{"unpublished anna_LumoCloudRTC:v-off anna_screen:v of 0", "left anna",
+                   "joined bob (in the room)", "published bob_LumoCloudRTC:a of 1",
+                   "unpublished bob_LumoCloudRTC:a of 0", "offline bob"}),
+            takeTrace());
+  EXPECT_TRUE(room->remoteUsers().empty());
+}
+
+TEST_F(RoomEventsTest, RolesOfALiveRoom) {
+  const auto anna = add("anna", {.role = Role::broadcaster});
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeAudience)));
+  EXPECT_EQ(0, anna->publishAudio());
+  EXPECT_EQ(0, anna->switchRole(Role::audience));
+  EXPECT_EQ(0, anna->switchRole(Role::broadcaster));
+  EXPECT_EQ(0, anna->publishAudio());
+  local->advance(0us);
+  EXPECT_EQ(
+      (Trace{"published anna_LumoCloudRTC:a of 1", "unpublished anna_LumoCloudRTC:a of 0",
+             "role 1 anna (in the room)", "role 0 anna (in the room)", "published anna_LumoCloudRTC:a of 1"}),
+      takeTrace());
+}
+
+TEST_F(RoomEventsTest, SeiReachesThoseWhoHaveSubscribedToTheVideo) {
+  const auto anna = addPublishing("anna", Media::video);
+  ASSERT_EQ(0, join("r"));
+  EXPECT_EQ(0, anna->sendSei("early"));
+  ASSERT_EQ(0, subscribe({stream("anna")}));
+  takeTrace();
+  EXPECT_EQ(0, anna->sendSei("hello"));
+  local->advance(0us);
+  EXPECT_EQ((Trace{"sei hello anna"}), takeTrace());
+}
+
+TEST_F(RoomEventsTest, BeingKicked) {
+  const auto anna = addPublishing("anna");
+  ASSERT_EQ(0, join("r"));
+  ASSERT_EQ(0, publish({microphone(), camera()}));
+  const auto former = room;
+  EXPECT_EQ(0, anna->kick("me", 3));
+  EXPECT_EQ(0, anna->leave());
+  local->advance(0us);
+  EXPECT_EQ((Trace{"kicked r 3 in"}), takeTrace()) << "the room is still in place, and silent afterwards";
+  EXPECT_EQ(nullptr, former->localUser());
+  EXPECT_EQ(LocalCodeNotInRoom, leave());
+  EXPECT_EQ(0, join("r"));
+  EXPECT_EQ(0, publish({microphone(), camera()}));
+}
+
+TEST_F(RoomEventsTest, ALeftRoomTellsNothingMore) {
+  const auto anna = add("anna");
+  ASSERT_EQ(0, join("r"));
+  ASSERT_EQ(0, publish({camera()}));
+  EXPECT_EQ(0, anna->publishAudio());  // the event waits behind the leave, which was called before it is told
+  recorder->onEvent = [this] { engine->leaveRoom({}); };
+  EXPECT_EQ(0, anna->kick("me", 1));
+  local->advance(0us);
+  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 1", "kicked r 1 in"}), takeTrace());
+  EXPECT_EQ(nullptr, room->localUser());
+  EXPECT_EQ(0, anna->unpublishAudio());
+  local->advance(0us);
+  EXPECT_TRUE(takeTrace().empty());
+}
+
+TEST_F(RoomEventsTest, FirstFrameIsReportedOncePerSubscription) {
+  const auto anna = addPublishing("anna");
+  ASSERT_EQ(0, join("r"));
+  local->advance(1s);
+  EXPECT_TRUE(takeTrace().empty());
+  ASSERT_EQ(0, subscribe({stream("anna", 0), stream("anna", 1)}));
+  local->advance(1s);
+  const auto reports = [this] {
+    Trace lines = takeTrace();
+    std::ranges::sort(lines);  // whichever of the two media threads is first
+    return lines;
+  };
+  const Trace expected{"first anna_LumoCloudRTC:a", "first anna_LumoCloudRTC:v"};
+  EXPECT_EQ(expected, reports());
+  ASSERT_EQ(0, subscribe({}, {stream("anna", 1)}));
+  local->advance(1s);
+  EXPECT_TRUE(takeTrace().empty()) << "another size is the same subscription";
+  ASSERT_EQ(0, unsubscribe({stream("anna", 0), stream("anna", 1)}));
+  ASSERT_EQ(0, subscribe({stream("anna", 0), stream("anna", 1)}));
+  local->advance(1s);
+  EXPECT_EQ(expected, reports());
+}
+
+}  // namespace
