@@ -130,6 +130,8 @@ bool SoundConverter::prepare(const AVFrame& frame) {
   swr_alloc_set_opts2(&resampler, &stereo, AV_SAMPLE_FMT_S16, AudioBlock::kSampleRate, &layout,
                       static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
   resampler_.reset(resampler);
+  constexpr double kBothSides[] = {1, 1};  // a single channel keeps its level
+  if (resampler_ && layout.nb_channels == 1) swr_set_matrix(resampler_.get(), kBothSides, 1);
   if (!resampler_ || swr_init(resampler_.get()) < 0) {
     resampler_.reset();
     return false;

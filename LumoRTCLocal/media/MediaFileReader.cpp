@@ -24,6 +24,7 @@ extern "C" {
 namespace lumo {
 namespace {
 
+using namespace std::chrono_literals;
 using ffmpeg::FormatContext;
 using ffmpeg::Frame;
 using ffmpeg::Packet;
@@ -64,9 +65,11 @@ int openInput(const std::string& path, bool isLive, FormatContext& format) {
   const int code = avformat_open_input(&context, url.c_str(), input, nullptr);
   if (code < 0) return code;  // FFmpeg has freed the context
   format.reset(context);
-  if (isPlainText(*format)) return AVERROR_INVALIDDATA;
   // A device knows its format; looking for it would spin until enough pictures have come.
-  return isLive ? 0 : avformat_find_stream_info(format.get(), nullptr);
+  if (isLive) return 0;
+  if (isPlainText(*format)) return AVERROR_INVALIDDATA;
+  if (const int infoCode = avformat_find_stream_info(format.get(), nullptr); infoCode < 0) return infoCode;
+  return format->nb_streams == 0 ? AVERROR_INVALIDDATA : 0;
 }
 
 /// The stream that a player would choose; null when there is none. The cover picture of a song does not
@@ -118,6 +121,8 @@ struct MediaFileReader::State {
   /// Hands packets out until `decoder` has one or has been told that no more will come; false when a device
   /// has none yet.
   bool readFor(StreamDecoder& decoder);
+  /// Whether the packets stop before the time that the file announces.
+  bool endsEarly() const;
   /// Goes through the frames to the last that starts at or before `time`.
   bool decodePictureAt(Microseconds time, AVFrame& frame, Microseconds& timestamp);
 
@@ -198,7 +203,7 @@ bool MediaFileReader::State::readFor(StreamDecoder& decoder) {
     const int code = av_read_frame(format.get(), packet.get());
     if (code == AVERROR(EAGAIN)) return false;
     if (code < 0) {
-      if (code != AVERROR_EOF) isDamaged = true;
+      if (code != AVERROR_EOF || endsEarly()) isDamaged = true;
       if (picture) picture->end();
       if (sound) sound->end();
       return true;
@@ -210,6 +215,21 @@ bool MediaFileReader::State::readFor(StreamDecoder& decoder) {
     }
   }
   return true;
+}
+
+bool MediaFileReader::State::endsEarly() const {
+  constexpr Microseconds kTolerance = 500ms;
+  Microseconds end{0};
+  unsigned count = 0;
+  for (const auto* const decoder : {&picture, &sound}) {
+    if (!*decoder) continue;
+    const auto length = (*decoder)->announcedLength();
+    if (length && (*decoder)->packetsEnd() + kTolerance < *length) return true;
+    end = std::max(end, (*decoder)->packetsEnd());
+    ++count;
+  }
+  // The length of the whole file says something only when no other stream can be the longest one.
+  return count == format->nb_streams && end.count() + kTolerance.count() < format->duration;
 }
 
 bool MediaFileReader::State::decodePictureAt(Microseconds time, AVFrame& frame, Microseconds& timestamp) {

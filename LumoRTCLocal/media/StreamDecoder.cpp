@@ -38,6 +38,18 @@ std::optional<StreamDecoder> StreamDecoder::open(const AVStream& stream, std::in
 StreamDecoder::StreamDecoder(const AVStream& stream, std::int64_t fileStart, CodecContext codec)
     : stream_(&stream), fileStart_(fileStart), codec_(std::move(codec)), frame_(av_frame_alloc()) {}
 
+void StreamDecoder::add(Packet packet) {
+  const std::int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
+  if (time != AV_NOPTS_VALUE) packetsEnd_ = std::max(packetsEnd_, sinceStart(time + packet->duration));
+  packets_.push_back(std::move(packet));
+}
+
+std::optional<Microseconds> StreamDecoder::announcedLength() const {
+  if (stream_->duration <= 0) return std::nullopt;  // AV_NOPTS_VALUE is below 0
+  const std::int64_t start = stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
+  return sinceStart(start + stream_->duration);
+}
+
 void StreamDecoder::flush() {
   avcodec_flush_buffers(codec_.get());
   packets_.clear();
@@ -79,11 +91,14 @@ void StreamDecoder::send() {
 void StreamDecoder::setTimestamp() {
   timestamp_ = expected_;
   if (frame_->best_effort_timestamp != AV_NOPTS_VALUE) {
-    const std::int64_t time = av_rescale_q(frame_->best_effort_timestamp, stream_->time_base, kMicroseconds);
-    timestamp_ = Microseconds(std::max<std::int64_t>(time - fileStart_, 0));
+    timestamp_ = std::max(sinceStart(frame_->best_effort_timestamp), Microseconds(0));
   }
   expected_ = timestamp_ + durationOf(*frame_, *stream_);
   if (frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT)) damaged_ = true;
+}
+
+Microseconds StreamDecoder::sinceStart(std::int64_t time) const {
+  return Microseconds(av_rescale_q(time, stream_->time_base, kMicroseconds) - fileStart_);
 }
 
 }  // namespace lumo::ffmpeg

@@ -26,7 +26,7 @@ class StreamDecoder {
   const AVStream& stream() const { return *stream_; }
   bool hasPackets() const { return !packets_.empty(); }
 
-  void add(Packet packet) { packets_.push_back(std::move(packet)); }
+  void add(Packet packet);
   void end() { ended_ = true; }
 
   /// Drops all packets and frames, for a new start at another place of the file.
@@ -45,6 +45,12 @@ class StreamDecoder {
   /// Moves the present frame's data to `target`.
   void takeFrame(AVFrame& target);
 
+  /// Up to where packets have come so far, since the start of the file.
+  Microseconds packetsEnd() const { return packetsEnd_; }
+
+  /// How long the file says that the stream is; nothing when it does not say.
+  std::optional<Microseconds> announcedLength() const;
+
   /// Whether something could not be decoded.
   bool isDamaged() const { return damaged_; }
 
@@ -52,11 +58,13 @@ class StreamDecoder {
   StreamDecoder(const AVStream& stream, std::int64_t fileStart, CodecContext codec);
   void send();
   void setTimestamp();
+  Microseconds sinceStart(std::int64_t time) const;
 
   const AVStream* stream_;
   std::int64_t fileStart_;
   CodecContext codec_;
   std::deque<Packet> packets_;
+  Microseconds packetsEnd_{0};
   Frame frame_;
   Microseconds timestamp_{0};
   Microseconds expected_{0};  // of the next frame, should it carry none
