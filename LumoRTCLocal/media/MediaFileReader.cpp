@@ -249,8 +249,12 @@ bool MediaFileReader::State::decodePictureAt(Microseconds time, AVFrame& frame, 
 bool MediaFileReader::State::seekInput(Microseconds time) {
   // Formats without timestamps can only guess where a time is.
   if (format->iformat->flags & AVFMT_NOTIMESTAMPS) return false;
+  const AVStream& stream = (picture ? *picture : *sound).stream();
   const std::int64_t start = format->start_time == AV_NOPTS_VALUE ? 0 : format->start_time;
-  if (av_seek_frame(format.get(), -1, start + time.count(), AVSEEK_FLAG_BACKWARD) < 0) return false;
+  // Rounded down: the nearest tick of a coarse clock may lie beyond the picture that is wanted.
+  const std::int64_t tick =
+      av_rescale_q_rnd(start + time.count(), AV_TIME_BASE_Q, stream.time_base, AV_ROUND_DOWN);
+  if (av_seek_frame(format.get(), stream.index, tick, AVSEEK_FLAG_BACKWARD) < 0) return false;
   if (picture) picture->flush();
   if (sound) sound->flush();
   soundConverter.reset();

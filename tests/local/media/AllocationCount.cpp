@@ -1,0 +1,26 @@
+#include "tests/local/media/AllocationCount.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local std::size_t allocations = 0;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* const memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace lumo::test {
+
+std::size_t allocationsOfThisThread() { return allocations; }
+
+}  // namespace lumo::test

@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "LumoRTCLocal/media/Picture.h"
+#include "LumoRTCLocal/media/TestPicture.h"
+#include "tests/support/MediaFixtures.h"
+
+namespace lumo {
+
+void PrintTo(const TestPictureReading& reading, std::ostream* out) {
+  *out << "source " << reading.sourceNumber << " frame " << reading.frameNumber;
+}
+
+namespace {
+
+using namespace std::chrono_literals;
+using test::colorAt;
+
+struct Size {
+  std::int32_t width;
+  std::int32_t height;
+};
+
+TEST(TestPictureTest, CanBeReadInEverySizeAndAfterScaling) {
+  FramePool pool;
+  for (const Size drawn : {Size{480, 640}, {144, 176}, {640, 480}, {1280, 720}, {333, 251}, {64, 64}}) {
+    for (const std::uint32_t number : {0U, 1U, 7U, 1234U, 0xFFFFFFFFU}) {
+      TestPictureSource source(number);
+      const auto picture = source.frameAt(100s, {drawn.width, drawn.height, 15});
+      ASSERT_EQ(drawn.width, picture->width());
+      ASSERT_EQ(drawn.height, picture->height());
+      const TestPictureReading expected{number, 1500};
+      EXPECT_EQ(expected, readTestPicture(*picture)) << drawn.width << "x" << drawn.height;
+      for (const Size size : {Size{144, 176}, {90, 160}, {1920, 1080}, {51, 47}}) {
+        const auto other = scaled(picture, size.width, size.height, pool);
+        EXPECT_EQ(expected, readTestPicture(*other))
+            << drawn.width << "x" << drawn.height << " to " << size.width << "x" << size.height;
+      }
+    }
+  }
+}
+
+TEST(TestPictureTest, IsNotReadWhenMirroredOrTurnedOrNoTestPicture) {
+  FramePool pool;
+  for (std::uint32_t number = 0; number < 50; ++number) {
+    TestPictureSource source(number);
+    const auto picture = source.frameAt(std::chrono::seconds(number), {480, 640, 15});
+    const auto mirror = mirrored(*picture, pool);
+    EXPECT_EQ(std::nullopt, readTestPicture(*mirror));
+    EXPECT_EQ(number, readTestPicture(*mirrored(*mirror, pool))->sourceNumber);
+    for (const int degrees : {90, 180, 270}) {
+      EXPECT_EQ(std::nullopt, readTestPicture(*rotated(picture, degrees, pool)));
+    }
+    EXPECT_EQ(std::nullopt, readTestPicture(*test::solid(480, 640, testPictureColor(number))));
+  }
+}
+
+TEST(TestPictureTest, DetectsEveryWrongBit) {
+  TestPictureSource source(5);
+  for (int row = 14; row < 19; ++row) {
+    for (int column = 1; column < 19; ++column) {
+      auto picture = std::const_pointer_cast<LumoRTCI420Buffer>(source.frameAt(1s, {200, 200, 15}));
+      for (int y = row * 10; y < row * 10 + 10; ++y) {
+        std::uint8_t* const cell = picture->mutableDataY() + y * picture->strideY() + column * 10;
+        for (int x = 0; x < 10; ++x) cell[x] = static_cast<std::uint8_t>(251 - cell[x]);
+      }
+      EXPECT_EQ(std::nullopt, readTestPicture(*picture)) << "column " << column << ", row " << row;
+    }
+  }
+}
+
+TEST(TestPictureTest, NumbersFramesByTheNearestCaptureTime) {
+  TestPictureSource source(1);
+  for (const std::int32_t rate : {1, 7, 15, 24, 30, 60}) {
+    for (std::uint32_t frame = 0; frame < 100; ++frame) {
+      const Microseconds time(std::int64_t{frame} * 1'000'000 /
+                              rate);  // rounded down, as a capture clock does
+      EXPECT_EQ(frame, readTestPicture(*source.frameAt(time, {100, 100, rate}))->frameNumber) << rate;
+    }
+  }
+}
+
+TEST(TestPictureTest, ShowsItsColourAtTheRimAndMoves) {
+  std::set<std::tuple<int, int, int>> colors;
+  for (std::uint32_t number = 0; number < 12; ++number) {
+    TestPictureSource source(number);
+    const auto picture = source.frameAt(500ms, {160, 120, 15});
+    const YuvColor color = testPictureColor(number);
+    colors.insert({color.y, color.u, color.v});
+    for (const auto& [x, y] :
+         {std::pair{0, 0}, {159, 0}, {0, 119}, {159, 119}, {5, 60}, {80, 4}, {154, 60}}) {
+      EXPECT_EQ(color, colorAt(*picture, x, y)) << "source " << number << " at " << x << "," << y;
+    }
+  }
+  EXPECT_EQ(12u, colors.size());
+  TestPictureSource source(3);
+  const auto findBlock = [&](Microseconds time) {
+    const auto picture = source.frameAt(time, {160, 120, 15});
+    int x = 0;
+    while (x < 160 && colorAt(*picture, x, 72).y != 235) ++x;
+    return x;
+  };
+  EXPECT_EQ(8, findBlock(0s));
+  EXPECT_EQ(10, findBlock(66'667us));
+  EXPECT_EQ(38, findBlock(1s));
+}
+
+TEST(TestPictureTest, DrawsInTheSmallestSizes) {
+  TestPictureSource source(0xFFFFFFFF);
+  for (std::int32_t width = 1; width < 24; ++width) {
+    for (std::int32_t height = 1; height < 24; ++height) {
+      const auto picture = source.frameAt(9999s, {width, height, 60});
+      EXPECT_EQ(+testPictureColor(0xFFFFFFFF).y, +colorAt(*picture, width - 1, height - 1).y)
+          << width << "x" << height;
+      const auto reading = readTestPicture(*picture);
+      EXPECT_TRUE(!reading || *reading == (TestPictureReading{0xFFFFFFFF, 9999 * 60}));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace lumo
