@@ -1,6 +1,7 @@
 #include "LumoRTCLocal/LumoRTCLocal.h"
 
 #include <algorithm>
+#include <iterator>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -75,11 +76,10 @@ void LumoRTCLocal::State::keep(const std::shared_ptr<lumo::ScriptedParticipant>&
   const std::lock_guard lock(mutex);
   participants.push_back(participant);
   if (participants.size() < tidyAt) return;
-  const auto left = std::ranges::partition(
-      participants, &lumo::ScriptedParticipant::isInRoom,
-      [](const auto& kept) -> const auto& { return *kept; });
-  gone.assign(std::move_iterator(left.begin()), std::move_iterator(left.end()));
-  participants.erase(left.begin(), left.end());
+  const auto left = std::partition(participants.begin(), participants.end(),
+                                   [](const auto& kept) { return kept->isInRoom(); });
+  gone.assign(std::move_iterator(left), std::move_iterator(participants.end()));
+  participants.erase(left, participants.end());
   tidyAt = std::max(kLeastTidied, 2 * participants.size());
 }
 

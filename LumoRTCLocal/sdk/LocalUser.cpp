@@ -158,6 +158,7 @@ std::int64_t LocalUser::doSubscribe(const InputStreams& streams, const InputStre
   std::vector<std::shared_ptr<RemoteStream>> remote;
   if (!collect(streams, remote) || !collect(tinyStreams, remote)) return LocalCodeUnknownStream;
   std::vector<MediaServer::Subscription> subscriptions;
+  subscriptions.reserve(remote.size());
   for (const auto& stream : remote) {
     subscriptions.push_back({stream->publication(), stream, subscriptions.size() >= streams.size()});
   }
@@ -171,6 +172,7 @@ std::int64_t LocalUser::doUnsubscribe(const InputStreams& streams) {
   std::vector<std::shared_ptr<RemoteStream>> remote;
   if (!collect(streams, remote)) return LocalCodeUnknownStream;
   Publications publications;
+  publications.reserve(remote.size());
   for (const auto& stream : remote) publications.push_back(stream->publication());
   const auto code = context_->server->unsubscribe(member_, publications);
   if (code != LocalCodeSuccess) return code;

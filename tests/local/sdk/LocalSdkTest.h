@@ -107,7 +107,9 @@ class LocalSdkTest : public ::testing::Test {
     recorder->onEvent = nullptr;
     const std::weak_ptr<LMRTCEngine> weakEngine = engine;
     const std::weak_ptr<LMRTCRoom> weakRoom = room;
-    local->advance(1h / 60);
+    local->setSpeaker({});
+    local->uninstall();
+    local->advance(0us);
     room.reset();
     engine.reset();
     local.reset();
