@@ -140,11 +140,12 @@ class ThreadRunner : public Runner {
   void post(Task task) override { postAt(Microseconds::min(), std::move(task)); }
 
   void postAt(Microseconds time, Task task) override {
+    const auto state = state_;  // the task may destroy the runner before this call is over
     {
-      const std::lock_guard lock(state_->mutex);
-      state_->heap.push(std::max(time, state_->now()), state_->id, std::move(task));
+      const std::lock_guard lock(state->mutex);
+      state->heap.push(std::max(time, state->now()), state->id, std::move(task));
     }
-    state_->changed.notify_one();
+    state->changed.notify_one();
   }
 
   bool isCurrent() const override { return currentRunner == state_->id; }
@@ -192,8 +193,9 @@ class ManualRunner : public Runner {
   void post(Task task) override { postAt(Microseconds::min(), std::move(task)); }
 
   void postAt(Microseconds time, Task task) override {
-    const std::lock_guard lock(state_->mutex);
-    state_->heap.push(std::max(time, state_->now), id_, std::move(task));
+    const auto state = state_;  // the task may destroy the runner before this call is over
+    const std::lock_guard lock(state->mutex);
+    state->heap.push(std::max(time, state->now), id_, std::move(task));
   }
 
   bool isCurrent() const override { return currentRunner == id_; }
