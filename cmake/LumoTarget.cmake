@@ -2,6 +2,8 @@
 # that a consumer of the installed packages never inherits them.
 function(lumo_target target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Werror)
+  # g++ 12 takes appending to a temporary std::string for overlapping memory (its bug 105651).
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
   if(LUMO_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${LUMO_SANITIZE} -fno-sanitize-recover=all
                                              -fno-omit-frame-pointer)
