@@ -1,0 +1,186 @@
+#include "examples/lumo-call/Call.h"
+
+#include <chrono>
+#include <functional>
+#include <utility>
+
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
+#include "LumoRTCLibWrapper/platform/system/MainQueue.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::int64_t kMedia = LMRTCIWMediaTypeAudioVideo;
+constexpr lumo::Microseconds kPatience = 5s;  // for the end of a call that gets stuck
+
+/// What participant `number`, counted from 0, sends. The local user is source 0.
+std::uint32_t sourceNumber(std::size_t number) { return static_cast<std::uint32_t>(number) + 1; }
+
+std::vector<double> toneFrequencies(std::size_t participants) {
+  std::vector<double> frequencies;
+  for (std::size_t i = 0; i < participants; ++i) frequencies.push_back(300 + 100.0 * sourceNumber(i));
+  return frequencies;
+}
+
+/// Every second participant comes after the local user.
+bool isLate(std::size_t number) { return number % 2 == 1; }
+
+/// Lets a task on the main queue follow the callback that a field holds.
+template <class... Arguments>
+void follow(std::function<void(Arguments...)>& field,
+            std::type_identity_t<std::function<void(std::decay_t<Arguments>...)>> task) {
+  field = [first = std::move(field), task = std::move(task)](Arguments... arguments) {
+    first(arguments...);
+    lumo::MainQueue::async(
+        [task, ... arguments = std::decay_t<Arguments>(arguments)] { task(arguments...); });
+  };
+}
+
+}  // namespace
+
+Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
+    : options_(options),
+      local_(std::move(local)),
+      delegate_(std::make_shared<LMRTCIWEngineDelegate>()),
+      meter_(toneFrequencies(options.names.size())),
+      participants_(options.names.size()),
+      main_(timeline_->makeRunner("main")) {
+  log_.fill(*delegate_);
+  answerCallbacks();
+}
+
+Call::~Call() = default;
+
+bool Call::run() {
+  lumo::MainQueue::setExecutor(
+      [main = main_.get()](lumo::MainQueue::Task task) { main->post(std::move(task)); });
+  local_->setSpeaker([this](const lumo::AudioBlock& block, lumo::Microseconds) { meter_.add(block); });
+  lumo::MainQueue::async([this] { start(); });
+  const bool isAsPlanned = ended_.get_future().get();
+  local_->setSpeaker({});
+  local_->uninstall();
+  lumo::MainQueue::setExecutor({});
+  main_.reset();
+  return isAsPlanned;
+}
+
+std::vector<Call::Heard> Call::heard() const {
+  const auto levels = meter_.levels();
+  std::vector<Heard> heard;
+  for (std::size_t i = 0; i < levels.size(); ++i) heard.push_back({options_.names[i], levels[i]});
+  return heard;
+}
+
+template <class Operation>
+void Call::act(const std::string& text, Operation operation) const {
+  log_.action(text);
+  if (const std::int64_t code = operation(); code != 0)
+    log_.action(text + " fails with code " + std::to_string(code));
+}
+
+void Call::answerCallbacks() {
+  follow(delegate_->onRoomJoined, [this](std::int64_t code, const std::string&) {
+    if (code != 0) return end(false);
+    enterRoom();
+  });
+  follow(delegate_->onRemotePublished, [this](const std::string&, const std::string& userId,
+                                              std::int64_t mediaType) { receive(userId, mediaType); });
+  follow(delegate_->onUnpublished, [this](std::int64_t, std::int64_t, const std::string&) {
+    if (engine_) act("leaveRoom", [this] { return engine_->leaveRoom(); });
+  });
+  follow(delegate_->onRoomLeft, [this](std::int64_t code, const std::string&) { end(code == 0); });
+}
+
+void Call::start() {
+  for (std::size_t i = 0; i < participants_.size(); ++i) {
+    if (!isLate(i)) bring(i);
+  }
+  planScript();
+  engine_ = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
+  engine_->setEngineDelegate(delegate_);
+  act("joinRoom roomId=" + options_.roomId,
+      [this] { return engine_->joinRoom(options_.roomId, std::make_shared<LMRTCIWRoomSetup>()); });
+}
+
+void Call::planScript() {
+  for (std::size_t i = 0; i < participants_.size(); ++i) {
+    if (isLate(i)) at(0.15, [this, i] { bring(i); });
+  }
+  const auto script = [this](double fraction, std::size_t number, const char* what, auto operation) {
+    at(fraction, [=, this] {
+      if (const auto& participant = participants_[number])
+        act(options_.names[number] + what, [&] { return operation(*participant); });
+    });
+  };
+  if (!participants_.empty()) {
+    const std::size_t last = participants_.size() - 1;
+    script(0.4, 0, " mutes the microphone", [](auto& participant) { return participant.mute(true); });
+    script(0.5, last, " switches the camera off",
+           [](auto& participant) { return participant.disableVideo(true); });
+    script(0.6, 0, " unmutes the microphone", [](auto& participant) { return participant.mute(false); });
+    script(0.7, last, " switches the camera on",
+           [](auto& participant) { return participant.disableVideo(false); });
+  }
+  at(1, [this] { leave(); });
+}
+
+void Call::bring(std::size_t number) {
+  const std::string& name = options_.names[number];
+  LumoRTCLocal::ParticipantOptions options;
+  options.sourceNumber = sourceNumber(number);
+  act(name + " joins the room", [&] {
+    const auto joined = local_->join(options_.roomId, name, options);
+    participants_[number] = joined.participant;
+    return joined.code;
+  });
+  if (const auto& participant = participants_[number]) {
+    act(name + " publishes microphone and camera",
+        [&] { return participant->publish(kLMRTCDefaultStreamTag, LumoRTCLocal::Media::audioAndVideo); });
+  }
+}
+
+void Call::enterRoom() {
+  if (!engine_) return;
+  act("publish mediaType=" + std::to_string(kMedia), [this] { return engine_->publish(kMedia); });
+  act("setLocalView", [this] { return engine_->setLocalView(gallery_.viewOf(kLocalUserId)); });
+  gallery_.layout();
+}
+
+void Call::receive(const std::string& userId, std::int64_t mediaType) {
+  if (!engine_) return;
+  act("subscribe userId=" + userId + " type=" + std::to_string(mediaType),
+      [&] { return engine_->subscribe(userId, mediaType); });
+  if (mediaType == LMRTCIWMediaTypeAudio) return;
+  const auto view = gallery_.viewOf(userId);
+  if (view->rtcVideoView()) engine_->removeRemoteView(userId);
+  act("setRemoteView userId=" + userId, [&] { return engine_->setRemoteView(view, userId); });
+  gallery_.layout();
+}
+
+void Call::leave() {
+  if (!engine_) return;
+  main_->postAt(timeline_->now() + kPatience, [this] { end(false); });
+  shown_ = gallery_.shown();
+  act("unpublish mediaType=" + std::to_string(kMedia), [this] { return engine_->unpublish(kMedia); });
+}
+
+void Call::end(bool isAsPlanned) {
+  if (std::exchange(hasEnded_, true)) return;
+  log_.action("destroy");
+  engine_->destroy();
+  engine_.reset();
+  participants_.clear();
+  ended_.set_value(isAsPlanned);
+}
+
+void Call::at(double fraction, lumo::Runner::Task task) {
+  const std::chrono::duration<double> delay(options_.seconds * fraction);
+  main_->postAt(timeline_->now() + std::chrono::duration_cast<lumo::Microseconds>(delay), std::move(task));
+}

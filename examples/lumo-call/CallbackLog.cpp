@@ -1,0 +1,68 @@
+#include "examples/lumo-call/CallbackLog.h"
+
+#include <cstdio>
+
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+
+namespace {
+
+std::string text(const std::string& value) { return value; }
+std::string text(std::int64_t value) { return std::to_string(value); }
+std::string text(bool value) { return value ? "true" : "false"; }
+
+}  // namespace
+
+template <class... Arguments>
+void CallbackLog::print(std::function<void(Arguments...)>& field, const char* name,
+                        std::array<const char*, sizeof...(Arguments)> labels) const {
+  field = [this, name, labels](Arguments... arguments) {
+    std::string values;
+    [[maybe_unused]] auto label = labels.begin();
+    (values.append(" ").append(*label++).append("=").append(text(arguments)), ...);
+    line("<-", name, values);
+  };
+}
+
+void CallbackLog::action(std::string_view text) const { line("->", text, {}); }
+
+void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
+  print(d.onRoomJoined, "onRoomJoined", {"code", "message"});
+  print(d.onRoomLeft, "onRoomLeft", {"code", "message"});
+  print(d.onKicked, "onKicked", {"roomId", "message"});
+  print(d.onSubRoomBanded, "onSubRoomBanded", {"roomId"});
+  print(d.onUserJoined, "onUserJoined", {"roomId", "userId"});
+  print(d.onUserLeft, "onUserLeft", {"roomId", "userId"});
+  print(d.onUserOffline, "onUserOffline", {"roomId", "userId"});
+  print(d.onRemoteLiveRoleSwitched, "onRemoteLiveRoleSwitched", {"roomId", "userId", "role"});
+  print(d.onRemotePublished, "onRemotePublished", {"roomId", "userId", "mediaType"});
+  print(d.onRemoteUnpublished, "onRemoteUnpublished", {"roomId", "userId", "mediaType"});
+  print(d.onRemoteStateChanged, "onRemoteStateChanged", {"roomId", "userId", "type", "disabled"});
+  print(d.onRemoteFirstFrame, "onRemoteFirstFrame", {"roomId", "userId", "type"});
+  print(d.onRemoteCustomStreamPublished, "onRemoteCustomStreamPublished",
+        {"roomId", "userId", "tag", "type"});
+  print(d.onRemoteCustomStreamUnpublished, "onRemoteCustomStreamUnpublished",
+        {"roomId", "userId", "tag", "type"});
+  print(d.onRemoteCustomStreamStateChanged, "onRemoteCustomStreamStateChanged",
+        {"roomId", "userId", "tag", "type", "disabled"});
+  print(d.onRemoteCustomStreamFirstFrame, "onRemoteCustomStreamFirstFrame",
+        {"roomId", "userId", "tag", "type"});
+  print(d.onRemoteLiveMixPublished, "onRemoteLiveMixPublished", {"mediaType"});
+  print(d.onRemoteLiveMixUnpublished, "onRemoteLiveMixUnpublished", {"mediaType"});
+  print(d.onRemoteLiveMixFirstFrame, "onRemoteLiveMixFirstFrame", {"mediaType"});
+  print(d.onRemoteLiveMixInnerCdnStreamPublished, "onRemoteLiveMixInnerCdnStreamPublished", {});
+  print(d.onRemoteLiveMixInnerCdnStreamUnpublished, "onRemoteLiveMixInnerCdnStreamUnpublished", {});
+  print(d.onPublished, "onPublished", {"mediaType", "code", "message"});
+  print(d.onUnpublished, "onUnpublished", {"mediaType", "code", "message"});
+  print(d.onSubscribed, "onSubscribed", {"userId", "mediaType", "code", "message"});
+  print(d.onUnsubscribed, "onUnsubscribed", {"userId", "mediaType", "code", "message"});
+  print(d.onLiveMixSubscribed, "onLiveMixSubscribed", {"mediaType", "code", "message"});
+  print(d.onLiveMixUnsubscribed, "onLiveMixUnsubscribed", {"mediaType", "code", "message"});
+  print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
+  print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
+}
+
+void CallbackLog::line(const char* mark, std::string_view what, std::string_view values) const {
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
+  std::printf("%8.3f  %s %.*s%.*s\n", elapsed.count(), mark, static_cast<int>(what.size()), what.data(),
+              static_cast<int>(values.size()), values.data());
+}

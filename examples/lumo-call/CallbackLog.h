@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+struct LMRTCIWEngineDelegate;
+
+/// Prints what happens in the call, one line each: seconds since the start, what happened, and its values by
+/// name. Any thread.
+class CallbackLog {
+ public:
+  /// Prints what the program itself does, marked apart from callbacks.
+  void action(std::string_view text) const;
+
+  /// Fills every field with a callback that prints its line. The log must outlive the callbacks.
+  void fill(LMRTCIWEngineDelegate& delegate) const;
+
+ private:
+  /// @param labels  the names of the callback's arguments
+  template <class... Arguments>
+  void print(std::function<void(Arguments...)>& field, const char* name,
+             std::array<const char*, sizeof...(Arguments)> labels) const;
+  void line(const char* mark, std::string_view what, std::string_view values) const;
+
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};

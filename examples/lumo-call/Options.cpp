@@ -1,0 +1,74 @@
+#include "examples/lumo-call/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <iostream>
+#include <optional>
+#include <set>
+
+namespace {
+
+constexpr ExitCode kWrongOptions{2};
+constexpr std::size_t kMostParticipants = 16;
+constexpr std::array<const char*, kMostParticipants> kNames = {
+    "Anna", "Ben",   "Carla", "David", "Emma", "Finn", "Greta", "Hugo",
+    "Ida",  "Jonas", "Klara", "Leo",   "Mia",  "Noah", "Olga",  "Paul"};
+
+/// @return what is wrong with the names; empty when all is well
+std::string checkNames(const std::vector<std::string>& names) {
+  std::set<std::string> taken{kLocalUserId};
+  for (const std::string& name : names) {
+    if (name.empty()) return "--names: a name is empty";
+    if (!taken.insert(name).second) return "--names: " + name + " is there twice or is the local user";
+  }
+  return {};
+}
+
+/// Adds names until there are enough.
+void completeNames(std::vector<std::string>& names, std::size_t count) {
+  for (const char* const name : kNames) {
+    if (names.size() >= count) return;
+    if (std::ranges::find(names, name) == names.end()) names.emplace_back(name);
+  }
+}
+
+ExitCode refuse(const CLI::App& app, const std::string& problem) {
+  std::cerr << "lumo-call: " << problem << "\n\n" << app.help();
+  return kWrongOptions;
+}
+
+}  // namespace
+
+std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* argv) {
+  CallOptions options;
+  std::optional<std::size_t> participants;
+  CLI::App app("Calls a few scripted participants, in this process, and shows what happens.", "lumo-call");
+  app.add_option("--participants", participants,
+                 "How many others take part (default: 2, or one for each name)")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{0}, kMostParticipants));
+  app.add_option("--names", options.names, "Their names")->type_name("A,B,...")->delimiter(',');
+  app.add_option("--camera", options.camera, "Video file or capture device that serves as the camera")
+      ->type_name("FILE");
+  app.add_option("--seconds", options.seconds, "How long the call lasts (default: 5)")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber & CLI::Range(86'400.0));
+  app.add_option("--sheet", options.sheet, "Write a contact sheet of all views (PNG)")->type_name("FILE");
+  app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
+  app.add_flag("--log", options.log, "Write the structured log to standard error");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
+    return ExitCode{0};
+  } catch (const CLI::ParseError& error) {
+    return refuse(app, error.what());
+  }
+  if (const std::string problem = checkNames(options.names); !problem.empty()) return refuse(app, problem);
+  const std::size_t count = participants.value_or(options.names.empty() ? 2 : options.names.size());
+  if (options.names.size() > count) return refuse(app, "--names: there are more names than participants");
+  completeNames(options.names, count);
+  return options;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+/// The user id of the one who runs the demo.
+inline constexpr char kLocalUserId[] = "you";
+
+/// What the command line asks for.
+struct CallOptions {
+  std::vector<std::string>
+      names;  ///< of the scripted participants; each differs from the others and from "you"
+  std::string roomId = "demo";
+  std::string camera;  ///< a video file or capture device; empty: the test picture
+  std::string sheet;   ///< where the contact sheet goes; empty: nowhere
+  double seconds = 5;  ///< above 0
+  bool log = false;
+};
+
+/// How the program ends when there is nothing to run.
+struct ExitCode {
+  int value = 0;
+};
+
+/// Reads the command line. Writes the help to standard output, and what is wrong with the options, together
+/// with the usage, to standard error.
+std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* argv);

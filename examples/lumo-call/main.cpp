@@ -1,0 +1,71 @@
+#include <cstdio>
+#include <iostream>
+#include <string>
+#include <variant>
+
+#include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
+#include "LumoRTCLibWrapper/platform/system/Console.h"
+#include "LumoRTCLocal/LumoRTCLocal.h"
+#include "examples/lumo-call/Call.h"
+#include "examples/lumo-call/Options.h"
+#include "examples/support/ContactSheet.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongOptions = 2;
+
+void printSummary(const Call& call) {
+  std::string line = "Frames shown:";
+  for (const auto& [picture, frames] : call.shown())
+    line += " " + picture.label + " " + std::to_string(frames) + ",";
+  line.back() = '.';
+  line += " Loudest sound received:";
+  for (const auto& [name, level] : call.heard()) {
+    char text[64];
+    std::snprintf(text, sizeof(text), " %.0f Hz at %.2f,", level.frequencyHz, level.highest);
+    line += " " + name + text;
+  }
+  line.back() = '.';
+  std::puts(line.c_str());
+}
+
+/// @return the exit code
+int writeSheet(const CallOptions& options, const Call& call) {
+  if (options.sheet.empty() || call.shown().empty()) return 0;
+  std::vector<SheetPicture> pictures;
+  for (const auto& shown : call.shown()) pictures.push_back(shown.picture);
+  const std::string error = writeContactSheet(options.sheet, pictures);
+  if (error.empty()) return 0;
+  std::cerr << "lumo-call: " << error << '\n';
+  return kFailed;
+}
+
+int runCall(const CallOptions& options) {
+  const auto local = LumoRTCLocal::install({.userId = kLocalUserId});
+  if (!options.camera.empty()) {
+    if (const auto error = local->setCamera(options.camera)) {
+      std::cerr << "lumo-call: " << *error << '\n';
+      return kWrongOptions;
+    }
+  }
+  Call call(options, local);
+  const bool isAsPlanned = call.run();
+  printSummary(call);
+  const int sheetCode = writeSheet(options, call);
+  return isAsPlanned ? sheetCode : kFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const auto parsed = parseOptions(argc, argv);
+  if (const auto* const exitCode = std::get_if<ExitCode>(&parsed)) return exitCode->value;
+  const auto& options = std::get<CallOptions>(parsed);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // a timeline is read while it grows
+  if (!options.log) {
+    LMFwLog::getInstance().setThreshold(LMFwLogLevelOff);
+    lumo::Console::setSink({});
+  }
+  return runCall(options);
+}
