@@ -6,24 +6,37 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineState.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCFileVideoOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOtherRoomEventDelegate.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProbeTest.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStatusReport.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoInputStreamDelegate.h"
 #include "LumoRTCLibWrapper/util/LMIWFormat.h"
 
 class CallFrame;
+class LMRTCAudioEffectManager;
 class LMRTCAudioOutputStream;
 class LMRTCBaseRoom;
 class LMRTCCameraVideoOutputStream;
 class LMRTCIWView;
 class LMRTCLocalUser;
 class LMRTCOutputStream;
+class LMRTCIWCustomLayout;
 class LMRTCRemoteUser;
+class LMRTCStream;
+struct CMSampleBuffer;
+struct LMRTCAudioData;
 struct LMRTCIWAudioConfig;
 struct LMRTCIWVideoConfig;
+struct UIImage;
+struct UIPoint;
 
 /// The engine in front of the media SDK: one per process, driven with plain values.
 ///
@@ -40,7 +53,12 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
                       public std::enable_shared_from_this<LMRTCIWEngine>,
                       private LMRTCEngineEventDelegate,
                       private LMRTCRoomEventDelegate,
-                      private LMRTCOtherRoomEventDelegate {
+                      private LMRTCOtherRoomEventDelegate,
+                      private LMRTCVideoInputStreamDelegate,
+                      private LMRTCStatusReportDelegate,
+                      private LMRTCAudioMixerAudioPlayDelegate,
+                      private LMRTCFileVideoOutputStreamDelegate,
+                      private LMRTCProbeTestDelegate {
   struct PrivateKey {};
 
  public:
@@ -220,6 +238,475 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   std::int64_t removeLiveMixView();
 
   /// @}
+  /// @name Devices and muting
+  /// Synchronous; what the SDK makes of a value is not observed and no value is range-checked. After
+  /// `destroy` the ones that concern the default streams do nothing and return 0.
+  /// @{
+
+  /// @return 0
+  std::int64_t enableMicrophone(bool enable);
+  /// Whether received sound is played.
+  /// @return 0
+  std::int64_t enableSpeaker(bool enable);
+  /// @param volume  percent of the captured level
+  /// @return 0
+  std::int64_t adjustLocalVolume(std::int64_t volume);
+  /// Does nothing but log; kept for hosts that call it.
+  /// @return 0
+  std::int64_t adjustRemoteVolume(std::int64_t volume);
+
+  /// Starts or stops the camera.
+  /// @return 0
+  /// @callback onCameraEnabled, on the main queue; always with code 0 and an empty message
+  std::int64_t enableCamera(bool enable);
+  /// Starts the camera of the given position, or stops capturing.
+  /// @param camera  LMRTCIWCamera; ignored when `enable` is false
+  /// @return 0; LMRTCWrapperCodeParameterError, without a log line, for LMRTCIWCameraNone
+  /// @callback onCameraEnabled, on the main queue
+  std::int64_t enableCamera(bool enable, std::int64_t camera);
+  /// From front to back, or the reverse.
+  /// @return 0
+  /// @callback onCameraSwitched, on the main queue; with the camera that is in use by then
+  std::int64_t switchCamera();
+  /// @return LMRTCWrapperCodeInterfaceNotSupport, always: use `switchCamera` or `enableCamera`
+  std::int64_t switchToCamera(std::int64_t camera);
+  /// @return LMRTCIWCamera
+  std::int64_t whichCamera();
+
+  bool isCameraFocusSupported() const;
+  bool isCameraExposurePositionSupported() const;
+  /// @param point  in the coordinates of the preview
+  /// @return 0
+  std::int64_t setCameraFocusPositionInPreview(const UIPoint& point);
+  std::int64_t setCameraExposurePositionInPreview(const UIPoint& point);
+  /// @param orientation  the SDK's number of the orientation, passed on unchanged
+  /// @return 0
+  std::int64_t setCameraCaptureOrientation(std::int64_t orientation);
+
+  /// Mutes what is sent.
+  /// @param mediaType  0 microphone, 1 camera, any other number both
+  /// @return 0
+  std::int64_t muteLocalStream(std::int64_t mediaType, bool mute);
+
+  /// Mutes microphone and camera streams of a user.
+  /// @param mediaType  LMRTCIWMediaType; any other number selects nothing
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
+  /// LMRTCWrapperCodeRemoteUserNotJoined;
+  ///         LMRTCWrapperCodeStreamNotExist, without a log line, when the user publishes no such stream
+  std::int64_t muteRemoteStream(const std::string& userId, std::int64_t mediaType, bool mute);
+
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined
+  std::int64_t muteAllRemoteAudioStreams(bool mute);
+
+  /// Mutes the live mix.
+  /// @param mediaType  LMRTCIWMediaType; any other number selects nothing
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeStreamNotExist,
+  /// without a log
+  ///         line, when the room has no such live stream
+  std::int64_t muteLiveMixStream(std::int64_t mediaType, bool mute);
+
+  /// @}
+  /// @name Live mix
+  /// For the broadcaster of a live publication. Each call changes only what it names. All return 0;
+  /// LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeParameterError when there is
+  /// no live publication, and where the operation names a further reason.
+  /// @{
+
+  /// @param mode  1 custom, 2 one large picture with the others over it, 3 even grid; any other number acts
+  /// as 2
+  /// @callback onLiveMixLayoutModeSet
+  std::int64_t setLiveMixLayoutMode(std::int64_t mode);
+  /// @param mode  2 shows whole pictures; any other number crops them to their places
+  /// @callback onLiveMixRenderModeSet
+  std::int64_t setLiveMixRenderMode(std::int64_t mode);
+
+  /// @param color  0xRRGGBB; LMRTCWrapperCodeParameterError when the SDK refuses it
+  /// @callback onLiveMixBackgroundColorSet
+  std::int64_t setLiveMixBackgroundColor(std::uint64_t color);
+  /// @param red,green,blue  0 to 255; LMRTCWrapperCodeParameterError when the SDK refuses them
+  /// @callback onLiveMixBackgroundColorSet
+  std::int64_t setLiveMixBackgroundColorWithRed(std::uint64_t red, std::uint64_t green, std::uint64_t blue);
+
+  /// Places streams by hand and switches to the custom layout. Layouts of users or streams that are not there
+  /// are left out.
+  /// @param layouts  LMRTCWrapperCodeParameterError when empty
+  /// @callback onLiveMixCustomLayoutsSet
+  std::int64_t setLiveMixCustomLayouts(const std::vector<LMRTCIWCustomLayout>& layouts);
+  /// Chooses whose sound is mixed: the first audio stream of each user. Users without one are left out.
+  /// @param userIds  LMRTCWrapperCodeParameterError when empty
+  /// @callback onLiveMixCustomAudiosSet
+  std::int64_t setLiveMixCustomAudios(const UserIds& userIds);
+
+  /// @param bitrate  kilobits per second
+  /// @callback onLiveMixAudioBitrateSet
+  std::int64_t setLiveMixAudioBitrate(std::int64_t bitrate);
+  /// @param bitrate  kilobits per second
+  /// @param tiny     true: the small mixed stream; the forms without it mean the normal one
+  /// @callback onLiveMixVideoBitrateSet
+  std::int64_t setLiveMixVideoBitrate(std::int64_t bitrate);
+  std::int64_t setLiveMixVideoBitrate(std::int64_t bitrate, bool tiny);
+  /// @param width,height  pixels; passed on unchecked
+  /// @callback onLiveMixVideoResolutionSet
+  std::int64_t setLiveMixVideoResolution(std::int64_t width, std::int64_t height);
+  std::int64_t setLiveMixVideoResolution(std::int64_t width, std::int64_t height, bool tiny);
+  /// @param fps  LMRTCIWVideoFps; any other number changes nothing
+  /// @callback onLiveMixVideoFpsSet
+  std::int64_t setLiveMixVideoFps(std::int64_t fps);
+  std::int64_t setLiveMixVideoFps(std::int64_t fps, bool tiny);
+
+  /// @}
+  /// @name CDN
+  /// @{
+
+  /// Starts, or ends, pushing the live mix to an address.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeParameterError
+  /// when there is
+  ///         no live publication
+  /// @callback onLiveCdnAdded, onLiveCdnRemoved
+  std::int64_t addLiveCdn(const std::string& url);
+  std::int64_t removeLiveCdn(const std::string& url);
+
+  /// Switches the inner CDN stream of the room on or off. Codes as for `addLiveCdn`.
+  /// @callback onLiveMixInnerCdnStreamEnabled, with the state that the server last confirmed
+  std::int64_t enableLiveMixInnerCdnStream(bool enable);
+
+  /// Receives the inner CDN stream, or stops receiving it.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeStreamNotExist
+  /// when the room
+  ///         has none
+  /// @callback onLiveMixInnerCdnStreamSubscribed, onLiveMixInnerCdnStreamUnsubscribed
+  std::int64_t subscribeLiveMixInnerCdnStream();
+  std::int64_t unsubscribeLiveMixInnerCdnStream();
+
+  /// Shows the inner CDN stream; the view is told of an absent stream when the room has none. The engine
+  /// holds the view weakly.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeParameterError when `view` is null
+  std::int64_t setLiveMixInnerCdnStreamView(const std::shared_ptr<LMRTCIWView>& view);
+  std::int64_t setLiveMixInnerCdnStreamViewDelegate(const std::shared_ptr<LMRTCIWViewDelegate>& view);
+  /// Asks the inner CDN stream's view to let go, if it still exists.
+  /// @return 0
+  std::int64_t removeLiveMixInnerCdnStreamView();
+
+  /// Sets size or frame rate of the inner CDN stream; the other one is sent along as last confirmed, or -1.
+  /// @param width,height  exactly one of the portrait presets of LMRTCIWConfigUtility
+  /// @param fps           LMRTCIWVideoFps; any other number is sent as -1
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
+  ///         LMRTCWrapperCodeStreamNotExist when the room has no such stream; LMRTCWrapperCodeParameterError
+  ///         when the size is no preset
+  /// @callback onLocalLiveMixInnerCdnVideoResolutionSet, onLocalLiveMixInnerCdnVideoFpsSet
+  std::int64_t setLocalLiveMixInnerCdnVideoResolution(std::int64_t width, std::int64_t height);
+  std::int64_t setLocalLiveMixInnerCdnVideoFps(std::int64_t fps);
+
+  /// Mutes the inner CDN stream here. Codes as above.
+  std::int64_t muteLiveMixInnerCdnStream(bool mute);
+
+  /// @}
+  /// @name Live role
+  /// @{
+
+  /// Moves the local user between broadcaster and audience of the live room.
+  /// @param role  LMRTCIWRoleLiveBroadcaster or LMRTCIWRoleLiveAudience
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
+  /// -21 in a
+  ///         meeting room; LMRTCWrapperCodeParameterError for the role held already and for any other number.
+  ///         The last three write a console line only.
+  /// @callback onLiveRoleSwitched, with the role held by then, and on success as audience
+  /// onRemoteLiveMixPublished;
+  ///           onKicked when the server removes the local user instead
+  std::int64_t switchLiveRole(std::int64_t role);
+
+  /// @}
+  /// @name Audio effects
+  /// Short sounds from files, played into the room, by an id of the host's choice. All check first that a
+  /// room is joined (LMRTCWrapperCodeLocalUserNotJoined); those that name an effect then return
+  /// LMRTCWrapperCodeParameterError for an id that was not created.
+  /// @{
+
+  /// Registers a file under an id.
+  /// @param url  path or file URL
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError when `url` is absent or
+  /// (without a log
+  ///         line) when the id is taken
+  /// @callback onAudioEffectCreated, on the main queue
+  std::int64_t createAudioEffect(const OptionalText& url, std::int64_t effectId);
+  /// Frees the id; an effect that plays keeps playing.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError, without a log line
+  std::int64_t releaseAudioEffect(std::int64_t effectId);
+  /// Plays an effect, here and in the room.
+  /// @param volume  percent of the file's level; not range-checked
+  /// @param loop    how many times; the SDK's count
+  std::int64_t playAudioEffect(std::int64_t effectId, std::uint64_t volume, std::int64_t loop);
+  std::int64_t pauseAudioEffect(std::int64_t effectId);
+  std::int64_t resumeAudioEffect(std::int64_t effectId);
+  /// Stops an effect; its id stays.
+  std::int64_t stopAudioEffect(std::int64_t effectId);
+  /// @param volume  percent of the file's level; not range-checked
+  std::int64_t adjustAudioEffect(std::int64_t effectId, std::uint64_t volume);
+  /// @return the volume, or a negative code
+  std::int64_t getAudioEffectVolume(std::int64_t effectId);
+
+  std::int64_t pauseAllAudioEffects();
+  std::int64_t resumeAllAudioEffects();
+  std::int64_t stopAllAudioEffects();
+  /// @param volume  percent, on top of each effect's own; not range-checked
+  std::int64_t adjustAllAudioEffectsVolume(std::uint64_t volume);
+  /// @return the volume, or a negative code
+  std::int64_t getAllAudioEffectsVolume();
+
+  /// @}
+  /// @name Audio mixing
+  /// One file, mixed into what the local user sends. Needs no room.
+  /// @{
+
+  /// Starts a file, in place of any other.
+  /// @param url       path or file URL; kept for `getAudioMixingDuration`, even if the SDK refuses it
+  /// @param mode      the SDK's number of how file and microphone go together, 0 to 2; any other number acts
+  /// as 1
+  /// @param playback  whether the file is played locally too
+  /// @param loop      how many times it plays
+  /// @return 0; LMRTCWrapperCodeParameterError when the SDK refuses the file
+  /// @callback onAudioMixingStarted, on the main queue
+  std::int64_t startAudioMixing(const OptionalText& url, std::int64_t mode, bool playback,
+                                std::uint64_t loop);
+  /// @param position  where to start, in the SDK's unit of progress
+  std::int64_t startAudioMixing(const OptionalText& url, std::int64_t mode, bool playback, std::uint64_t loop,
+                                double position);
+  /// @return 0, whether a file plays or not
+  /// @callback onAudioMixingPaused, onAudioMixingResume, onAudioMixingStopped, on the main queue
+  std::int64_t pauseAudioMixing();
+  std::int64_t resumeAudioMixing();
+  std::int64_t stopAudioMixing();
+
+  /// What remote users hear (publish volume) and what is played locally (playback volume), or both.
+  /// @param volume  percent of the file's level, 0 to 100
+  /// @return 0; LMRTCWrapperCodeParameterError when `volume` is over 100
+  std::int64_t adjustAudioMixingVolume(std::uint64_t volume);
+  std::int64_t adjustAudioMixingPlaybackVolume(std::uint64_t volume);
+  std::int64_t getAudioMixingPlaybackVolume();
+  std::int64_t adjustAudioMixingPublishVolume(std::uint64_t volume);
+  std::int64_t getAudioMixingPublishVolume();
+
+  /// @param position  in the SDK's unit of progress
+  /// @return 0
+  std::int64_t setAudioMixingPosition(double position);
+  /// The progress that the SDK reported last, not the position set last.
+  double getAudioMixingPosition();
+  /// Length of the file that was started last.
+  /// @return whole seconds; LMRTCWrapperCodeParameterError when none was started
+  std::int64_t getAudioMixingDuration();
+
+  /// @}
+  /// @name Custom streams of the local user
+  /// Media files as extra streams, each under a tag of the host's choice. Except for the views, all check
+  /// first that a room is joined (LMRTCWrapperCodeLocalUserNotJoined).
+  /// @{
+
+  /// Makes a stream of a file and keeps it under `tag`, in place of any earlier one, until `destroy`.
+  /// @param url       path or file URL
+  /// @param replace   whether the file's sound replaces the microphone
+  /// @param playback  whether the file's sound is played locally
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError when `url` is absent;
+  ///         LMRTCWrapperCodeCreateCustomStreamError when the SDK makes none
+  std::int64_t createCustomStreamFromFile(const OptionalText& url, const std::string& tag, bool replace,
+                                          bool playback);
+  /// @param config  only read during the call; `mirror` is ignored
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError when `config` is null;
+  ///         LMRTCWrapperCodeStreamNotExist
+  std::int64_t setCustomStreamVideoConfig(const LMRTCIWVideoConfig* config, const std::string& tag);
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeStreamNotExist
+  std::int64_t muteLocalCustomStream(const std::string& tag, bool mute);
+
+  /// Shows the stream. The engine keeps the view until `destroy`, or until another replaces it.
+  /// @return 0; LMRTCWrapperCodeParameterError when `view` is null; LMRTCWrapperCodeStreamNotExist
+  std::int64_t setLocalCustomStreamView(const std::shared_ptr<LMRTCIWView>& view, const std::string& tag);
+  std::int64_t setLocalCustomStreamViewWithViewDelegate(const std::shared_ptr<LMRTCIWViewDelegate>& view,
+                                                        const std::string& tag);
+  /// @return 0; LMRTCWrapperCodeParameterError, without a log line, when the tag has no view
+  std::int64_t removeLocalCustomStreamView(const std::string& tag);
+
+  /// Publishes the stream. At the end of the file the engine unpublishes it by itself.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeStreamNotExist;
+  /// LMRTCWrapperCodeParameterError,
+  ///         without a log line, for any other role than member and broadcaster
+  /// @callback onCustomStreamPublished when reading starts or fails; onCustomStreamPublishFinished at the end
+  std::int64_t publishCustomStream(const std::string& tag);
+  /// Codes as for `publishCustomStream`.
+  /// @callback onCustomStreamUnpublished
+  std::int64_t unpublishCustomStream(const std::string& tag);
+
+  /// @}
+  /// @name Custom streams of remote users
+  /// Named by user id and tag. Except for `getCustomStreams`, all return 0;
+  /// LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeRemoteUserNotJoined;
+  /// LMRTCWrapperCodeStreamNotExist when the user has no such stream.
+  /// @{
+
+  /// The SDK's streams of that tag.
+  /// @param mediaType  LMRTCIWMediaType; any other number selects nothing
+  std::vector<std::shared_ptr<LMRTCInputStream>> getCustomStreams(
+      const std::shared_ptr<LMRTCRemoteUser>& user, const std::string& tag, std::int64_t mediaType);
+  std::int64_t muteRemoteCustomStream(const std::string& userId, const std::string& tag,
+                                      std::int64_t mediaType, bool mute);
+
+  /// Shows the stream. The engine keeps the view until `destroy`, or until another replaces it.
+  /// @return also LMRTCWrapperCodeParameterError, before the user is looked up, when `view` is null
+  std::int64_t setRemoteCustomStreamView(const std::shared_ptr<LMRTCIWView>& view, const std::string& userId,
+                                         const std::string& tag);
+  std::int64_t setRemoteCustomStreamViewWithViewDelegate(const std::shared_ptr<LMRTCIWViewDelegate>& view,
+                                                         const std::string& userId, const std::string& tag);
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError, without a log line, when
+  /// there is no
+  ///         view
+  std::int64_t removeRemoteCustomStreamView(const std::string& userId, const std::string& tag);
+
+  /// @param tiny  true: the small video stream
+  /// @callback onCustomStreamSubscribed
+  std::int64_t subscribeCustomStream(const std::string& userId, const std::string& tag,
+                                     std::int64_t mediaType, bool tiny);
+  /// @callback onCustomStreamUnsubscribed
+  std::int64_t unsubscribeCustomStream(const std::string& userId, const std::string& tag,
+                                       std::int64_t mediaType);
+
+  /// @}
+  /// @name Sub-rooms
+  /// Links between rooms: a user invites one of another room; when that one agrees, each side joins the
+  /// other's room.
+  /// @{
+
+  /// Invites a user of another room.
+  /// @param autoLayout  whether the linked user joins the live mix by himself
+  /// @param extra       a text for the other end
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined
+  /// @callback onJoinSubRoomRequested
+  std::int64_t requestJoinSubRoom(const std::string& roomId, const std::string& userId, bool autoLayout,
+                                  const std::string& extra);
+  /// Takes an invitation back. Codes as above.
+  /// @callback onJoinSubRoomRequestCanceled
+  std::int64_t cancelJoinSubRoomRequest(const std::string& roomId, const std::string& userId,
+                                        const std::string& extra);
+  /// Answers an invitation. Codes as above.
+  /// @param roomId,userId  of the inviter
+  /// @callback onJoinSubRoomRequestResponded
+  std::int64_t responseJoinSubRoomRequest(const std::string& roomId, const std::string& userId, bool agree,
+                                          bool autoLayout, const std::string& extra);
+
+  /// Joins another room beside the main one. On success `onSubRoomJoined` is followed by `onSubRoomBanded`
+  /// and by the users and streams that the room already holds.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  /// @callback onSubRoomJoined
+  std::int64_t joinSubRoom(const std::string& roomId);
+  /// @param disband  whether the link ends for everybody
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  /// @callback onSubRoomLeft
+  std::int64_t leaveSubRoom(const std::string& roomId, bool disband);
+
+  /// @}
+  /// @name Diagnostics and extras
+  /// @{
+
+  /// Draws a picture over the camera's.
+  /// @param x,y   place of the watermark's top left corner, as the SDK counts it
+  /// @param zoom  size of the watermark, as the SDK counts it
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeParameterError when `image` is null
+  /// @callback onWatermarkSet, on the main queue, with 0 or LMRTCWrapperCodeWaterMarkError
+  std::int64_t setWatermark(const std::shared_ptr<const UIImage>& image, double x, double y, double zoom);
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  /// @callback onWatermarkRemoved, on the main queue, with 0 or LMRTCWrapperCodeWaterMarkError
+  std::int64_t removeWatermark();
+
+  /// Plays back what the microphone heard, `timeInterval` seconds later.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  std::int64_t startEchoTest(std::int64_t timeInterval);
+  std::int64_t stopEchoTest();
+
+  /// Measures the network up and down; results come to `observer`, which is held weakly.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeParameterError when `observer` is null
+  /// @callback onNetworkProbeStarted
+  std::int64_t startNetworkProbe(const std::shared_ptr<LMRTCIWNetworkProbeDelegate>& observer);
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  /// @callback onNetworkProbeStopped
+  std::int64_t stopNetworkProbe();
+
+  /// Switches texts in the video stream on or off.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeLocalUserNotJoined when no room is joined
+  /// @callback onSeiEnabled, with the state that is in force now
+  std::int64_t enableSei(bool enable);
+  /// Sends a text with the next picture.
+  /// @return the SDK's code; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeLocalUserNotJoined when no room
+  /// is joined
+  std::int64_t sendSei(const std::string& sei);
+
+  /// Connects to the media server ahead of the next join, which then takes less time.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  std::int64_t preconnectToMediaServer();
+
+  /// @}
+  /// @name Raw media observers
+  /// Each installs one observer and hooks the SDK, or, with a null observer, removes it and the hook.
+  /// Observers are called on the SDK's media threads (LMRTCIWMediaObservers.h). They may come and go while
+  /// media flows: after the removing call has returned, at most a call in progress still runs. Single
+  /// observers are held weakly, those of a user or tag until they are removed or the engine is destroyed.
+  /// @{
+
+  using AudioObserver = std::shared_ptr<LMRTCIWAudioFrameDelegate>;
+  using SampleObserver = std::shared_ptr<LMRTCIWSampleBufferVideoFrameDelegate>;
+  using PixelObserver = std::shared_ptr<LMRTCIWPixelBufferVideoFrameDelegate>;
+
+  /// Watches what the microphone captures.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  std::int64_t setLocalAudioCapturedDelegate(const AudioObserver& observer);
+
+  /// Watches the sound that is sent; `renderTimeMs` is 0.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  std::int64_t setLocalAudioMixedDelegate(const AudioObserver& observer);
+
+  /// Watches the mix of everything that is received; `renderTimeMs` is 0.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined
+  std::int64_t setRemoteAudioMixedDelegate(const AudioObserver& observer);
+
+  /// Watches the microphone of a user of the main room. Does nothing, and does not keep the observer, while
+  /// the user publishes none.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
+  /// LMRTCWrapperCodeRemoteUserNotJoined
+  std::int64_t setRemoteAudioReceivedDelegate(const AudioObserver& observer, const std::string& userId);
+
+  /// Watches, and may replace, the pictures of the camera before they are sent.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  std::int64_t setLocalVideoProcessedDelegate(const SampleObserver& observer);
+
+  /// Watches the decoded camera pictures of a user of the main room. Does nothing, and does not keep the
+  /// observer, while the user publishes none.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
+  /// LMRTCWrapperCodeRemoteUserNotJoined
+  std::int64_t setRemoteVideoProcessedDelegate(const PixelObserver& observer, const std::string& userId);
+
+  /// Watches, and may replace, the pictures of a custom stream of the local user.
+  /// @return 0; LMRTCWrapperCodeStreamNotExist when there is none of that tag;
+  /// LMRTCWrapperCodeInterfaceNotSupport,
+  ///         without a log line, when it is not a file
+  std::int64_t setLocalCustomVideoProcessedDelegate(const SampleObserver& observer, const std::string& tag);
+
+  /// Watches the decoded pictures of a remote custom stream. The observer is kept, or removed, even if user
+  /// or stream are then not found.
+  /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
+  /// LMRTCWrapperCodeRemoteUserNotJoined;
+  ///         LMRTCWrapperCodeStreamNotExist
+  std::int64_t setRemoteCustomVideoProcessedDelegate(const PixelObserver& observer, const std::string& userId,
+                                                     const std::string& tag);
+
+  /// Watches the sound of a remote custom stream. Arguments and codes as for the pictures.
+  std::int64_t setRemoteCustomAudioReceivedDelegate(const AudioObserver& observer, const std::string& userId,
+                                                    const std::string& tag);
+
+  /// @}
+  /// @name Statistics
+  /// @{
+
+  /// Installs or, with null, removes the listener for statistics (LMRTCIWStatsDelegate); held weakly.
+  /// @return 0; LMRTCWrapperCodeEngineDestroyed
+  std::int64_t setStatsDelegate(const std::shared_ptr<LMRTCIWStatsDelegate>& observer);
+
+  /// @}
 
  private:
   using RemoteUserPtr = std::shared_ptr<LMRTCRemoteUser>;
@@ -230,6 +717,14 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
 
   // LMRTCEngineEventDelegate
   void didKicked(const std::string& roomId, std::int64_t reason) override;
+  void didRequestJoinOtherRoom(const std::string& inviterRoomId, const std::string& inviterUserId,
+                               const std::string& extra) override;
+  void didCancelRequestOtherRoom(const std::string& inviterRoomId, const std::string& inviterUserId,
+                                 const std::string& extra) override;
+  void didResponseJoinOtherRoom(const std::string& inviterRoomId, const std::string& inviterUserId,
+                                const std::string& inviteeRoomId, const std::string& inviteeUserId,
+                                bool agree, const std::string& extra) override;
+  void didFinishOtherRoom(const std::string& roomId, const std::string& userId) override;
 
   // LMRTCRoomEventDelegate
   void didJoinUser(const RemoteUserPtr& user) override;
@@ -262,6 +757,29 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   void didReceiveMessage(const OtherRoomPtr& room, const std::string& message) override;
   void didReceiveSEI(const OtherRoomPtr& room, const std::string& sei, const std::string& userId) override;
 
+  // LMRTCVideoInputStreamDelegate
+  void willRenderCVPixelBufferRef(const CVPixelBufferRef& pixelBuffer,
+                                  const std::shared_ptr<LMRTCVideoInputStream>& stream) override;
+
+  // LMRTCStatusReportDelegate
+  void didReportStatusForm(const LMRTCStatusForm& form) override;
+  void didReportLiveAudioStatus(const std::vector<LMRTCLiveAudioStatus>& statuses) override;
+
+  // LMRTCAudioMixerAudioPlayDelegate
+  void didReportPlayingProgress(float progress) override;
+  void didAudioMixingStateChanged(std::uint64_t state, std::uint64_t reason) override;
+
+  // LMRTCFileVideoOutputStreamDelegate
+  using FileStreamPtr = std::shared_ptr<LMRTCFileVideoOutputStream>;
+  void fileVideoOutputStreamDidStartRead(const FileStreamPtr& stream) override;
+  void fileVideoOutputStreamDidReadCompleted(const FileStreamPtr& stream) override;
+  void fileVideoOutputStreamDidFailed(const FileStreamPtr& stream) override;
+
+  // LMRTCProbeTestDelegate
+  void didReportProbeForms(const std::vector<LMRTCProbeForm>& forms) override;
+  void didRTCProbeComplete() override;
+  void didRTCProbeInterrput(std::int64_t code) override;
+
   void init(const std::shared_ptr<LMRTCIWEngineSetup>& setup);
   void emptyCaches();
 
@@ -281,6 +799,11 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   bool notify(std::function<void(Parameters...)> LMRTCIWEngineDelegate::*field,
               const Arguments&... arguments) const;
 
+  /// `notify`, if the engine still exists.
+  template <class Callback, class... Arguments>
+  static void notifyOf(const std::weak_ptr<LMRTCIWEngine>& weak, Callback LMRTCIWEngineDelegate::*field,
+                       const Arguments&... arguments);
+
   /// Writes the listener line of an event and calls the listener's callback, if there is one. The line's
   /// values are the callback's arguments; surplus ones are not shown.
   /// @param method  the callback's name
@@ -299,6 +822,71 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
     explicit operator bool() const { return room != nullptr; }
   };
   JoinedRoom joinedRoom() const;
+
+  /// What live-mix operations need, or the code of the check that failed.
+  struct LiveMix {
+    std::int64_t code;
+    std::shared_ptr<LMRTCLocalUser> localUser;
+    std::shared_ptr<LMRTCLiveInfo> info;
+    explicit operator bool() const { return info != nullptr; }
+  };
+  LiveMix liveMix(const CallFrame& frame) const;
+  /// The first stream of a user, the local one included, that `fits`; null when there is none.
+  template <class Fits>
+  std::shared_ptr<LMRTCStream> findStream(const LMRTCLocalUser& localUser, const std::string& userId,
+                                          const Fits& fits);
+
+  /// The inner CDN stream, or the code of the check that failed. A missing room is logged under
+  /// `notJoinedMethod`.
+  struct CdnStream {
+    std::int64_t code;
+    std::shared_ptr<LMRTCCDNInputStream> stream;
+  };
+  CdnStream cdnStream(const CallFrame& frame, const char* notJoinedMethod) const;
+
+  /// What audio-effect operations need: the manager (null without an SDK) and the effect's file, or the code
+  /// of the check that failed.
+  struct AudioEffect {
+    std::int64_t code;
+    std::shared_ptr<LMRTCAudioEffectManager> manager;
+    std::string url;
+  };
+  AudioEffect audioEffects(const CallFrame& frame) const;
+  AudioEffect audioEffect(const CallFrame& frame, std::int64_t effectId, const char* missing) const;
+
+  bool startMixer(const OptionalText& url, std::int64_t mode, bool playback, std::uint64_t loop,
+                  std::optional<double> position);
+  void postMixingResult(const CallFrame& frame, const char* name,
+                        std::function<void()> LMRTCIWEngineDelegate::*field);
+
+  static void unpublishCustom(LMRTCLocalUser& localUser, const std::shared_ptr<LMRTCOutputStream>& stream,
+                              std::int64_t role, std::function<void(bool success, std::int64_t code)> done);
+  /// A remote user's streams of one tag, or the code of the check that failed.
+  struct CustomSelection {
+    std::int64_t code;
+    std::shared_ptr<LMRTCLocalUser> localUser;
+    InputStreams streams;
+  };
+  CustomSelection selectCustomStreams(const CallFrame& frame, const std::string& userId,
+                                      const std::string& tag, std::int64_t mediaType);
+  using CustomStreamCallback =
+      std::function<void(const std::string& userId, const std::string& tag, std::int64_t type,
+                         std::int64_t code, const std::string& message)>;
+  void notifyPerStream(CustomStreamCallback LMRTCIWEngineDelegate::*field, const InputStreams& streams,
+                       std::int64_t code) const;
+
+  void forgetSubRoom(const std::string& roomId);
+
+  using CodeCallback = std::function<void(std::int64_t code, const std::string& errMsg)>;
+  void postWatermarkResult(const CallFrame& frame, bool accepted, const char* name,
+                           CodeCallback LMRTCIWEngineDelegate::*field);
+  void notifyProbeFinished(std::int64_t code, const std::string& message) const;
+
+  void switchToBroadcaster(LMRTCLocalUser& localUser);
+  void switchToAudience(LMRTCLocalUser& localUser);
+  void keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo);
+  void notifyRoleSwitched(std::int64_t code) const;
+  void handleKickedWhileSwitching(const char* message);
 
   /// The first room that has a remote user of that id, the main room before the sub-rooms; null when none
   /// has.
@@ -323,6 +911,22 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   /// The main room's id for an event. Without a main room that has its local user: nothing, after an error
   /// line under `method`.
   OptionalText roomIdForEvent(const char* method) const;
+
+  std::shared_ptr<LMRTCIWStatsDelegate> statsListener() const;
+  /// The main room, if there is one, then the sub-rooms.
+  std::vector<std::shared_ptr<LMRTCBaseRoom>> allRooms() const;
+  /// The reported statuses by stream id, completed by those of silent remote streams.
+  std::unordered_map<std::string, LMRTCLiveAudioStatus> getFullAudioStates(
+      const std::vector<LMRTCLiveAudioStatus>& statuses) const;
+
+  /// SDK hooks for observers, empty when not `wanted`. They hold the engine weakly and look the observer up
+  /// anew for each block or picture: `deliverTo` takes the engine and the block, `find` returns the observer.
+  template <class Deliver>
+  std::function<void(const LMRTCAudioData&)> audioHook(bool wanted, Deliver deliverTo);
+  template <class Find>
+  std::function<std::shared_ptr<CMSampleBuffer>(const std::shared_ptr<CMSampleBuffer>&)> sampleHook(
+      bool wanted, Find find);
+  void watchPictures(LMRTCVideoInputStream& stream, bool wanted);
 
   // What events of the main room and of sub-rooms have in common.
   void reportPublished(const std::string& roomId, const InputStreams& streams) const;

@@ -2,12 +2,13 @@
 
 #include "LumoRTCLibWrapper/engine/CallFrame.h"
 #include "LumoRTCLibWrapper/engine/Notify.h"
+#include "LumoRTCLibWrapper/engine/SdkVideoConfig.h"
 #include "LumoRTCLibWrapper/engine/StreamList.h"
+#include "LumoRTCLibWrapper/engine/StreamSelection.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWAudioConfig.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
-#include "LumoRTCLibWrapper/model/LMRTCIWVideoConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLocalUser.h"
@@ -15,7 +16,6 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoom.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoStreamConfig.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWCodeDefine.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWConverter.h"
 
@@ -25,10 +25,8 @@ namespace {
 
 using Streams = std::vector<std::shared_ptr<LMRTCInputStream>>;
 
-// What the log shows of an absent record.
+/// What the log shows of an absent config.
 constexpr LMRTCIWAudioConfig kNoAudioConfig{.quality = 0, .scenario = 0, .recordingVolume = 0};
-constexpr LMRTCIWVideoConfig kNoVideoConfig{
-    .minBitrate = 0, .maxBitrate = 0, .fps = 0, .resolution = 0, .mirror = false};
 
 bool includesAudio(std::int64_t mediaType) {
   return mediaType == LMRTCIWMediaTypeAudio || mediaType == LMRTCIWMediaTypeAudioVideo;
@@ -38,12 +36,6 @@ bool includesVideo(std::int64_t mediaType) {
   return mediaType == LMRTCIWMediaTypeVideo || mediaType == LMRTCIWMediaTypeAudioVideo;
 }
 
-/// Whether a stream belongs to what the host asked for; an unknown number asks for nothing.
-bool isWanted(const LMRTCInputStream& stream, std::int64_t mediaType) {
-  if (mediaType == LMRTCIWMediaTypeAudioVideo) return true;
-  return (includesAudio(mediaType) || includesVideo(mediaType)) && stream.mediaType() == mediaType;
-}
-
 /// The live mix's streams that the host asked for; an unknown number asks for all.
 Streams liveStreams(const LMRTCRoom& room, std::int64_t mediaType) {
   auto streams = room.getLiveStreams();
@@ -51,15 +43,6 @@ Streams liveStreams(const LMRTCRoom& room, std::int64_t mediaType) {
     std::erase_if(streams, [mediaType](const auto& stream) { return stream->mediaType() != mediaType; });
   }
   return streams;
-}
-
-LMRTCVideoStreamConfig sdkVideoConfig(const LMRTCIWVideoConfig& config) {
-  LMRTCVideoStreamConfig sdkConfig;
-  sdkConfig.setMinBitrate(config.minBitrate);
-  sdkConfig.setMaxBitrate(config.maxBitrate);
-  sdkConfig.setVideoFps(LMRTCIWConverter::toLMRTCVideoFPS(config.fps));
-  sdkConfig.setVideoSizePreset(LMRTCIWConverter::toLMRTCVideoSizePreset(config.resolution));
-  return sdkConfig;
 }
 
 void subscribeTo(LMRTCLocalUser& localUser, const Streams& streams, bool tiny,
@@ -88,14 +71,14 @@ std::int64_t LMRTCIWEngine::setAudioConfig(const LMRTCIWAudioConfig* config) {
 }
 
 std::int64_t LMRTCIWEngine::setVideoConfig(const LMRTCIWVideoConfig* config) {
-  const LMRTCIWVideoConfig& values = config ? *config : kNoVideoConfig;
+  const LMRTCIWVideoConfig& values = config ? *config : lumo::kNoVideoConfig;
   const CallFrame frame(__func__, "minBitrate:%@,maxBitrate:%@,fps:%@,resolution:%@,mirror:%@",
                         {values.minBitrate, values.maxBitrate, values.fps, values.resolution, values.mirror});
   return setVideoConfig(config, false);
 }
 
 std::int64_t LMRTCIWEngine::setVideoConfig(const LMRTCIWVideoConfig* config, bool tiny) {
-  const LMRTCIWVideoConfig& values = config ? *config : kNoVideoConfig;
+  const LMRTCIWVideoConfig& values = config ? *config : lumo::kNoVideoConfig;
   const CallFrame frame(
       __func__, "minBitrate:%@,maxBitrate:%@,fps:%@,resolution:%@,mirror:%@,tiny:%@",
       {values.minBitrate, values.maxBitrate, values.fps, values.resolution, values.mirror, tiny});
@@ -105,9 +88,9 @@ std::int64_t LMRTCIWEngine::setVideoConfig(const LMRTCIWVideoConfig* config, boo
   const auto video = defaultVideoStream();
   if (!video) return LMRTCWrapperCodeSuccess;
   if (tiny) {
-    video->setTinyVideoConfig(sdkVideoConfig(values));
+    video->setTinyVideoConfig(lumo::sdkVideoConfig(values));
   } else {
-    video->setVideoConfig(sdkVideoConfig(values));
+    video->setVideoConfig(lumo::sdkVideoConfig(values));
     video->setIsEncoderMirror(values.mirror);
   }
   return LMRTCWrapperCodeSuccess;
@@ -326,7 +309,7 @@ LMRTCIWEngine::InputStreams LMRTCIWEngine::ordinaryStreams(const UserIds& userId
     const auto user = getRemoteUser(userId);
     if (!user) continue;
     for (auto& stream : user->remoteStreams()) {
-      if (stream->mediaStreamType() == LMRTCMediaStreamTypeNormal && isWanted(*stream, mediaType)) {
+      if (stream->mediaStreamType() == LMRTCMediaStreamTypeNormal && lumo::isWanted(*stream, mediaType)) {
         wanted.push_back(std::move(stream));
       }
     }

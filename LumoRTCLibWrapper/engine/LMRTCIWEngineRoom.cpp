@@ -10,6 +10,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCFileVideoOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLocalUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
@@ -25,7 +26,6 @@
 namespace {
 
 constexpr char kVersion[] = "V1.0_20251222171809_master_ef94573";
-constexpr std::int64_t kFileStream = 2;  // LMRTCIWCustomStream::type
 
 /// The process's engine and the guard that makes it once. `destroy` replaces both.
 struct SharedInstance {
@@ -130,7 +130,7 @@ void LMRTCIWEngine::emptyCaches() {
   setEffectSoundIdDict({});
   setRemoteVideoViewDict({});
   for (const auto& [tag, custom] : customStreams_.exchange({})) {
-    if (!custom || custom->type != kFileStream) continue;
+    if (!custom || custom->type != LMRTCIWCustomStream::kFile) continue;
     if (const auto file = std::dynamic_pointer_cast<LMRTCFileVideoOutputStream>(custom->stream)) file->stop();
   }
   setLocalCustomViews({});

@@ -24,6 +24,12 @@ bool LMRTCIWEngine::notify(std::function<void(Parameters...)> LMRTCIWEngineDeleg
 }
 
 template <class Callback, class... Arguments>
+void LMRTCIWEngine::notifyOf(const std::weak_ptr<LMRTCIWEngine>& weak, Callback LMRTCIWEngineDelegate::*field,
+                             const Arguments&... arguments) {
+  if (const auto self = weak.lock()) self->notify(field, arguments...);
+}
+
+template <class Callback, class... Arguments>
 void LMRTCIWEngine::announceAs(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
                                lumo::FormatValues values, const Arguments&... arguments) const {
   const auto callback = listener(field);

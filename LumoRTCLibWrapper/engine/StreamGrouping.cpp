@@ -31,7 +31,14 @@ struct Group {
 }  // namespace
 
 std::string customStreamKey(const std::string& userId, const std::string& tag) {
-  return format("%@@%@", {userId, tag});
+  std::string key;
+  assignCustomStreamKey(key, userId, tag);
+  return key;
+}
+
+void assignCustomStreamKey(std::string& key, const std::string& userId, const std::string& tag) {
+  key.clear();
+  appendFormat(key, "%@@%@", {userId, tag});
 }
 
 std::vector<StreamReport> groupStreams(const std::vector<std::shared_ptr<LMRTCInputStream>>& streams) {

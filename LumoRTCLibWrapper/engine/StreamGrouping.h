@@ -23,6 +23,8 @@ std::vector<StreamReport> groupStreams(const std::vector<std::shared_ptr<LMRTCIn
 
 /// The key of a user's custom stream in maps: the user id, an at sign, the tag.
 std::string customStreamKey(const std::string& userId, const std::string& tag);
+/// The same into a string that keeps its memory.
+void assignCustomStreamKey(std::string& key, const std::string& userId, const std::string& tag);
 
 }  // namespace lumo
 

@@ -1,12 +1,21 @@
 #include "LumoRTCLibWrapper/model/LMRTCIWAudioConfig.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWAudioSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWCustomLayout.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWLocalAudioStats.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWLocalVideoStats.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWNetworkProbeStats.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWNetworkStats.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWRemoteAudioStats.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWRemoteVideoStats.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWVideoConfig.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWVideoSetup.h"
 #include "LumoRTCLibWrapper/util/LMIWJson.h"
+#include "LumoRTCLibWrapper/util/LMIWMapText.h"
 
 using lumo::JsonObject;
+using lumo::MapText;
 
 std::string LMRTCIWAudioSetup::description() const {
   return JsonObject().add("type", type).add("mixOtherAppsAudio", mixOtherAppsAudio).text();
@@ -45,4 +54,75 @@ std::string LMRTCIWVideoConfig::description() const {
       .add("fps", fps)
       .add("resolution", resolution)
       .text();
+}
+
+std::string LMRTCIWCustomLayout::description() const {
+  return JsonObject()
+      .add("type", type_)
+      .add("userId", userId_)
+      .add("tag", tag_.value_or("null"))
+      .add("x", x)
+      .add("y", y)
+      .add("width", width)
+      .add("height", height)
+      .text();
+}
+
+std::string LMRTCIWLocalVideoStats::description() const {
+  return MapText()
+      .add("tiny", tiny)
+      .add("codec", codec)
+      .add("bitrate", bitrate)
+      .add("fps", fps)
+      .add("width", width)
+      .add("height", height)
+      .add("packageLostRate", packageLostRate)
+      .add("rtt", rtt)
+      .text();
+}
+
+std::string LMRTCIWLocalAudioStats::description() const {
+  return MapText()
+      .add("codec", codec)
+      .add("bitrate", bitrate)
+      .add("volume", volume)
+      .add("packageLostRate", packageLostRate)
+      .add("rtt", rtt)
+      .text();
+}
+
+std::string LMRTCIWRemoteVideoStats::description() const {
+  return MapText()
+      .add("codec", codec)
+      .add("bitrate", bitrate)
+      .add("fps", fps)
+      .add("width", width)
+      .add("height", height)
+      .add("packageLostRate", packageLostRate)
+      .add("rtt", rtt)
+      .text();
+}
+
+std::string LMRTCIWRemoteAudioStats::description() const {
+  return MapText()
+      .add("codec", codec)
+      .add("bitrate", bitrate)
+      .add("volume", volume)
+      .add("packageLostRate", packageLostRate)
+      .add("rtt", rtt)
+      .text();
+}
+
+std::string LMRTCIWNetworkStats::description() const {
+  return MapText()
+      .add("type", type)
+      .add("ip", ip)
+      .add("sendBitrate", sendBitrate)
+      .add("receiveBitrate", receiveBitrate)
+      .add("rtt", rtt)
+      .text();
+}
+
+std::string LMRTCIWNetworkProbeStats::description() const {
+  return lumo::format("qualityLevel:%ld, rtt:%ld", {qualityLevel, rtt});
 }

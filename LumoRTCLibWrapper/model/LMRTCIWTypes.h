@@ -26,6 +26,13 @@ enum LMRTCIWStreamType : std::int64_t {
   LMRTCIWStreamTypeCustom = 2,  ///< an extra stream, told apart by its tag
 };
 
+/// The cameras of a device.
+enum LMRTCIWCamera : std::int64_t {
+  LMRTCIWCameraNone = -1,
+  LMRTCIWCameraFront = 0,
+  LMRTCIWCameraBack = 1,
+};
+
 /// Frame-rate values.
 enum LMRTCIWVideoFps : std::int64_t {
   LMRTCIWVideoFps10 = 0,

@@ -64,6 +64,11 @@ void FormatValue::appendTo(std::string& out) const {
 std::string format(std::string_view format, FormatValues values) {
   std::string out;
   out.reserve(format.size() + 16 * values.size());
+  appendFormat(out, format, values);
+  return out;
+}
+
+void appendFormat(std::string& out, std::string_view format, FormatValues values) {
   auto next = values.begin();
   while (!format.empty()) {
     const auto percent = format.find('%');
@@ -83,7 +88,6 @@ std::string format(std::string_view format, FormatValues values) {
       format.remove_prefix(format.starts_with("%%") ? 2 : 1);
     }
   }
-  return out;
 }
 
 }  // namespace lumo

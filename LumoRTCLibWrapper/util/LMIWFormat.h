@@ -68,5 +68,7 @@ using FormatValues = std::initializer_list<FormatValue>;
 /// %% prints a percent sign. A placeholder without a value prints "(null)"; surplus values are ignored; any
 /// other text, a lone percent sign included, is copied.
 std::string format(std::string_view format, FormatValues values);
+/// The same, appended to `out`.
+void appendFormat(std::string& out, std::string_view format, FormatValues values);
 
 }  // namespace lumo

@@ -27,10 +27,18 @@ class LockedMap {
     std::swap(place->second, value);
   }
 
-  void erase(const Key& key) {
+  /// Inserts `value` unless the key is there already. @return whether it was inserted
+  bool insert(const Key& key, Value value) {
+    const std::lock_guard lock(mutex_);
+    return map_.try_emplace(key, std::move(value)).second;
+  }
+
+  /// @return whether there was such a key
+  bool erase(const Key& key) {
     typename Map::node_type node;
     const std::lock_guard lock(mutex_);
     node = map_.extract(key);
+    return !node.empty();
   }
 
   /// A copy of the whole map.

@@ -32,6 +32,7 @@ constexpr CodeText kCodeTexts[] = {
     {LocalCodeNotSubscribed, "The stream is not subscribed"},
     {LocalCodeCameraFailed, "The camera cannot be opened"},
     {LocalCodeUnknownOperation, "No operation has this name"},
+    {LocalCodeNotSupported, "Not supported by the in-process media SDK"},
 };
 
 }  // namespace

@@ -29,6 +29,7 @@ enum LocalCode : std::int64_t {
   LocalCodeNotSubscribed = 1207,          ///< the stream was not subscribed
   LocalCodeCameraFailed = 1301,           ///< a participant's camera file cannot be opened
   LocalCodeUnknownOperation = 1302,       ///< failure injection: no operation has that name
+  LocalCodeNotSupported = 1901,           ///< LumoRTCLocal does not do this yet
 };
 
 /// The English text of a code: "Success" for 0, "Unknown code" for what is not in the table.

@@ -65,6 +65,29 @@ void LocalEngine::leaveRoom(Completion completion) {
       });
 }
 
+void LocalEngine::joinOtherRoom(const std::string& /*roomId*/, JoinOtherCompletion completion) {
+  context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported, nullptr); });
+}
+
+void LocalEngine::leaveOtherRoom(const std::string& /*roomId*/, bool /*notifyFinished*/,
+                                 LeaveOtherCompletion completion) {
+  context_->sdk->post([completion = std::move(completion)] { completion(false, LocalCodeNotSupported); });
+}
+
+std::shared_ptr<LMRTCFileVideoOutputStream> LocalEngine::createFileVideoOutputStream(
+    const std::string& /*url*/, bool /*replaceAudio*/, bool /*playback*/, const std::string& /*tag*/,
+    const LMRTCVideoStreamConfig& /*config*/) {
+  return nullptr;
+}
+
+void LocalEngine::startRTCProbeTest(Completion completion) {
+  context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported); });
+}
+
+void LocalEngine::stopRTCProbeTest(Completion completion) {
+  context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported); });
+}
+
 std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
                                     std::shared_ptr<LocalRoom>& joined) {
   const std::uint64_t session = context_->operations->session();

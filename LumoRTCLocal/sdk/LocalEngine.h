@@ -34,6 +34,23 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera_; }
 
+  // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
+  void enableSpeaker(bool /*enabled*/) override {}
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
+  void joinOtherRoom(const std::string& roomId, JoinOtherCompletion completion) override;
+  void leaveOtherRoom(const std::string& roomId, bool notifyFinished,
+                      LeaveOtherCompletion completion) override;
+  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
+      const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
+      const LMRTCVideoStreamConfig& config) override;
+  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return nullptr; }
+  void startEchoTest(double /*seconds*/) override {}
+  void stopEchoTest() override {}
+  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> /*delegate*/) override {}
+  void startRTCProbeTest(Completion completion) override;
+  void stopRTCProbeTest(Completion completion) override;
+  void preconnectMediaServer() override {}
+
  private:
   std::int64_t enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
                          std::shared_ptr<LocalRoom>& joined);

@@ -63,6 +63,7 @@ class LocalAudioInput : public LocalStream<LMRTCAudioInputStream>, public Remote
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;
+  void setAudioDataCallback(LMRTCAudioDataCallback /*callback*/) override {}  // not supported yet
   void receiveAudio(const AudioBlock& block, Microseconds time) override;
 
  private:
@@ -77,6 +78,9 @@ class LocalVideoInput : public LocalStream<LMRTCVideoInputStream>, public Remote
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;
+  void setAudioDataCallback(LMRTCAudioDataCallback /*callback*/) override {}  // not supported yet
+  void setDelegate(std::weak_ptr<LMRTCVideoInputStreamDelegate> /*delegate*/) override {
+  }  // not supported yet
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override;
   void receiveVideo(const LMRTCVideoFrame& frame) override;
 

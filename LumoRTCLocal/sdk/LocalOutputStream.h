@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
@@ -45,6 +46,10 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
   void setRecordingVolume(std::uint64_t volume) override;
   /// Without effect, as setAudioQuality.
   void setAudioCodecType(std::int64_t type) override;
+  // Not supported yet: without effect.
+  void setMicrophoneDisable(bool /*disabled*/) override {}
+  void setRecordAudioDataCallback(LMRTCAudioDataCallback /*callback*/) override {}
+  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback /*callback*/) override {}
 
   std::shared_ptr<Publication> makePublication() override;
   void attach(const std::shared_ptr<Publication>& publication) override;
@@ -70,6 +75,21 @@ class LocalCamera : public LocalStream<LMRTCCameraVideoOutputStream>, public Loc
   void setTinyVideoConfig(const LMRTCVideoStreamConfig& config) override;
   void setEnableTinyStream(bool enabled) override;
   void setIsEncoderMirror(bool mirror) override;
+  // Not supported yet: without effect.
+  void setVideoSendBufferCallback(SendBufferCallback /*callback*/) override {}
+  void startCapture() override {}
+  void stopCapture() override {}
+  void setCameraPosition(std::int64_t /*position*/) override {}
+  std::int64_t cameraPosition() const override { return LMRTCDeviceCameraFront; }
+  void switchCamera() override {}
+  bool isCameraFocusSupported() const override { return false; }
+  bool isCameraExposurePositionSupported() const override { return false; }
+  void setCameraFocusPositionInPreview(const UIPoint& /*point*/) override {}
+  void setCameraExposurePositionInPreview(const UIPoint& /*point*/) override {}
+  void setVideoOrientation(std::int64_t /*orientation*/) override {}
+  bool setWaterMark(const std::shared_ptr<const UIImage>& /*image*/, const UIRect& /*position*/) override {
+    return false;
+  }
 
   std::shared_ptr<Publication> makePublication() override;
   void attach(const std::shared_ptr<Publication>& publication) override;

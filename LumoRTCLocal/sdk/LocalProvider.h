@@ -17,6 +17,17 @@ class LocalProvider : public LMRTCProvider {
   std::shared_ptr<LMRTCEngine> sharedEngine() override { return engine_; }
   std::string codeDesc(std::int64_t code) override;
   std::shared_ptr<LMRTCVideoView> createVideoView(const UIRect& frame) override;
+  std::shared_ptr<LMRTCAudioMixer> sharedAudioMixer() override { return nullptr; }  // not supported yet
+  double durationOfAudioFile(const std::string& /*url*/) override { return 0; }     // not supported yet
+  void i420Rotate(const std::uint8_t* srcY, std::int32_t srcStrideY, const std::uint8_t* srcU,
+                  std::int32_t srcStrideU, const std::uint8_t* srcV, std::int32_t srcStrideV,
+                  std::uint8_t* dstY, std::int32_t dstStrideY, std::uint8_t* dstU, std::int32_t dstStrideU,
+                  std::uint8_t* dstV, std::int32_t dstStrideV, std::int32_t width, std::int32_t height,
+                  std::int32_t rotation) override;
+  void i420ToARGB(const std::uint8_t* srcY, std::int32_t srcStrideY, const std::uint8_t* srcU,
+                  std::int32_t srcStrideU, const std::uint8_t* srcV, std::int32_t srcStrideV,
+                  std::uint8_t* dst, std::int32_t dstStride, std::int32_t width,
+                  std::int32_t height) override;
 
  private:
   const std::shared_ptr<LMRTCEngine> engine_;

@@ -72,6 +72,9 @@ class LocalRoom : public LMRTCRoom,
   std::vector<std::string> otherRoomIdArray() const override;
   std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return {}; }
   std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return nullptr; }
+  // Not supported yet: without effect.
+  void muteAllRemoteAudio(bool /*mute*/) override {}
+  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback /*callback*/) override {}
 
  private:
   using Delegate = LMRTCRoomEventDelegate;

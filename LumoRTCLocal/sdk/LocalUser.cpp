@@ -10,7 +10,36 @@
 namespace lumo {
 namespace {
 
-class LocalLiveInfo : public LMRTCLiveInfo {};
+/// The handle of a live publication. What it controls is not supported yet: all of it ends with
+/// LocalCodeNotSupported.
+class LocalLiveInfo : public LMRTCLiveInfo {
+ public:
+  explicit LocalLiveInfo(std::shared_ptr<const LocalContext> context) : context_(std::move(context)) {}
+
+  void setMixConfig(const LMRTCMixConfig& /*config*/, Completion completion) override {
+    refuse(std::move(completion));
+  }
+  void addPublishStreamUrl(const std::string& /*url*/, Completion completion) override {
+    refuse(std::move(completion));
+  }
+  void removePublishStreamUrl(const std::string& /*url*/, Completion completion) override {
+    refuse(std::move(completion));
+  }
+  void enableInnerCDN(bool /*enabled*/, SwitchCompletion completion) override {
+    refuse([completion = std::move(completion)](std::int64_t code) {
+      if (completion) completion(false, code);
+    });
+  }
+
+ private:
+  void refuse(Completion completion) const {
+    context_->sdk->post([completion = std::move(completion)] {
+      if (completion) completion(LocalCodeNotSupported);
+    });
+  }
+
+  const std::shared_ptr<const LocalContext> context_;
+};
 
 /// The publications of `streams`, made for those that have none; a stream that is named twice keeps one.
 /// @return false when a stream is absent or foreign
@@ -94,6 +123,51 @@ void LocalUser::subscribeStream(const std::optional<InputStreams>& streams,
 void LocalUser::unsubscribeStreams(const InputStreams& streams, Completion completion) {
   run("unsubscribeStreams", std::move(completion),
       [streams](LocalUser& self) { return self.doUnsubscribe(streams); });
+}
+
+void LocalUser::publishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) {
+  publishStreams({stream}, std::move(completion));
+}
+
+void LocalUser::unpublishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) {
+  unpublishStreams({stream}, std::move(completion));
+}
+
+void LocalUser::switchToBroadcaster(const LMRTCMixConfig* /*config*/, BecameBroadcaster /*onSucceed*/,
+                                    Failed onFailed, Kicked /*onKicked*/) {
+  refuse(std::move(onFailed));
+}
+
+void LocalUser::switchToAudienceOnSucceed(std::function<void()> /*onSucceed*/, Failed onFailed,
+                                          Kicked /*onKicked*/) {
+  refuse(std::move(onFailed));
+}
+
+void LocalUser::requestJoinOtherRoom(const std::string& /*roomId*/, const std::string& /*userId*/,
+                                     bool /*autoMix*/, const std::string& /*extra*/,
+                                     CodeCompletion completion) {
+  refuse(std::move(completion));
+}
+
+void LocalUser::cancelRequestJoinOtherRoom(const std::string& /*roomId*/, const std::string& /*userId*/,
+                                           const std::string& /*extra*/, CodeCompletion completion) {
+  refuse(std::move(completion));
+}
+
+void LocalUser::responseJoinOtherRoom(const std::string& /*roomId*/, const std::string& /*userId*/,
+                                      bool /*agree*/, bool /*autoMix*/, const std::string& /*extra*/,
+                                      CodeCompletion completion) {
+  refuse(std::move(completion));
+}
+
+void LocalUser::setEnableSEI(bool /*enabled*/, CodeCompletion completion) { refuse(std::move(completion)); }
+
+std::int64_t LocalUser::sendSEI(const std::string& /*sei*/) { return LocalCodeNotSupported; }
+
+void LocalUser::refuse(std::function<void(std::int64_t code)> completion) const {
+  context_->sdk->post([completion = std::move(completion)] {
+    if (completion) completion(LocalCodeNotSupported);
+  });
 }
 
 template <class Work>
@@ -182,7 +256,7 @@ std::int64_t LocalUser::doUnsubscribe(const InputStreams& streams) {
 
 std::shared_ptr<LMRTCLiveInfo> LocalUser::liveInfo() {
   const std::lock_guard lock(mutex_);
-  if (!liveInfo_) liveInfo_ = std::make_shared<LocalLiveInfo>();
+  if (!liveInfo_) liveInfo_ = std::make_shared<LocalLiveInfo>(context_);
   return liveInfo_;
 }
 

@@ -55,7 +55,7 @@ TEST_F(LifecycleTest, DestroyEmptiesTheCachesAndKeepsTheListenerAndTheCdnFields)
   join();
   const auto local = view("local");
   engine->setLocalViewWithViewDelegate(local);
-  engine->setLiveInfo(std::make_shared<fake::LiveInfo>());
+  engine->setLiveInfo(std::make_shared<fake::LiveInfo>(sdk->context));
   engine->setEffectSoundIdDict({{1, "file:///a"}});
   engine->setRemoteVideoViewDict({{"u1", local}});
   engine->setLocalCustomViews({{"t", local}});

@@ -95,7 +95,7 @@ TEST_F(PublishTest, UnsetCallbacksStillLeaveTheirResultLine) {
 
 TEST_F(PublishTest, ALivePublicationReplacesTheLiveInfoEvenWhenItFails) {
   join(LMRTCIWRoleLiveBroadcaster);
-  const auto info = std::make_shared<fake::LiveInfo>();
+  const auto info = std::make_shared<fake::LiveInfo>(sdk->context);
   room->me->nextLiveInfo.set(info);
   engine->publish(2);
   sdk->complete();

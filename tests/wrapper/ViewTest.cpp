@@ -24,10 +24,10 @@ TEST_F(ViewBindingTest, TheLocalViewGetsTheCameraAndIsHeldWeakly) {
 
 TEST_F(ViewBindingTest, AnAbsentViewIsRefused) {
   EXPECT_EQ(kBadParameter, engine->setLocalView(kNoNativeView));
-  EXPECT_TRACE("T setLocalView view:(null)", "T setLocalViewWithViewDelegate view:(null)",
+  EXPECT_TRACE("T setLocalView view:0", "T setLocalViewWithViewDelegate view:0",
                "E setLocalViewWithViewDelegate msg:view is nil");
   EXPECT_EQ(kBadParameter, engine->setLiveMixView(kNoNativeView));
-  EXPECT_TRACE("T setLiveMixView view:(null)", "T setLiveMixViewWithViewDelegate view:(null)",
+  EXPECT_TRACE("T setLiveMixView view:0", "T setLiveMixViewWithViewDelegate view:0",
                "E setLiveMixViewWithViewDelegate msg:view is nil");
 }
 

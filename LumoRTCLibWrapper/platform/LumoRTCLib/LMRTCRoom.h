@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioData.h"
+
 class LMRTCCDNInputStream;
 class LMRTCInputStream;
 class LMRTCLocalUser;
@@ -35,6 +37,12 @@ class LMRTCRoom : public LMRTCBaseRoom {
   virtual std::shared_ptr<LMRTCLocalUser> localUser() const = 0;
   /// The rooms that are linked with this one.
   virtual std::vector<std::string> otherRoomIdArray() const = 0;
+
+  /// Mutes what is received from every user, now and later.
+  virtual void muteAllRemoteAudio(bool mute) = 0;
+
+  /// Hands on the mix of everything that is received; empty ends it.
+  virtual void setReceivedAudioBufferCallback(LMRTCAudioDataCallback callback) = 0;
 
   /// The streams of the live mix, as audience members receive them.
   virtual std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const = 0;

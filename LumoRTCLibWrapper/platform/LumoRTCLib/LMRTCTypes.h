@@ -53,6 +53,26 @@ enum LMRTCAudioCodecType : std::int64_t {
   LMRTCAudioCodecTypeOpus = 111,
 };
 
+/// Where a camera is, as capture devices number it.
+enum LMRTCDeviceCamera : std::int64_t {
+  LMRTCDeviceCameraUnspecified = 0,
+  LMRTCDeviceCameraBack = 1,
+  LMRTCDeviceCameraFront = 2,
+};
+
+/// How the live mix places its pictures.
+enum LMRTCMixLayoutMode : std::int64_t {
+  LMRTCMixLayoutModeCustom = 1,      ///< where custom layouts say
+  LMRTCMixLayoutModeSuspension = 2,  ///< one large, the others small over it
+  LMRTCMixLayoutModeAdaptive = 3,    ///< an even grid
+};
+
+/// How the live mix fits a picture into its place.
+enum LMRTCVideoRenderMode : std::int64_t {
+  LMRTCVideoRenderModeCrop = 1,   ///< fill the place, cropping what does not fit
+  LMRTCVideoRenderModeWhole = 2,  ///< show the whole picture
+};
+
 /// How a picture fills a view of another shape.
 enum LMRTCVideoFillMode : std::int64_t {
   LMRTCVideoFillModeStretch = 0,     ///< fill the view, ignoring the picture's shape

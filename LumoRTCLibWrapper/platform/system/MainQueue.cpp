@@ -1,12 +1,12 @@
 #include "LumoRTCLibWrapper/platform/system/MainQueue.h"
 
 #include <condition_variable>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <thread>
 
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLibWrapper/util/LMIWRing.h"
 
 namespace lumo {
 namespace {
@@ -31,7 +31,7 @@ class BuiltInQueue {
   void post(MainQueue::Task task) {
     {
       const std::lock_guard lock(mutex_);
-      tasks_.push_back(std::move(task));
+      tasks_.pushBack(std::move(task));
       if (ownThread_ && !thread_.joinable()) thread_ = std::thread([this] { runThread(); });
     }
     changed_.notify_all();
@@ -70,11 +70,10 @@ class BuiltInQueue {
     runner_ = std::this_thread::get_id();
     std::size_t count = 0;
     for (; !tasks_.empty() && !stopping_; ++count) {
-      auto task = std::move(tasks_.front());
-      tasks_.pop_front();
+      auto task = tasks_.popFront();
       lock.unlock();
       task();
-      task = nullptr;
+      task = {};
       lock.lock();
     }
     running_ = false;
@@ -84,7 +83,7 @@ class BuiltInQueue {
 
   std::mutex mutex_;  ///< guards everything below
   std::condition_variable changed_;
-  std::deque<MainQueue::Task> tasks_;
+  Ring<MainQueue::Task> tasks_;
   std::thread thread_;
   std::thread::id runner_;  ///< who drains, while running_
   bool running_ = false;

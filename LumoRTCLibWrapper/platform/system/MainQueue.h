@@ -1,7 +1,10 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
+#include <memory>
+#include <utility>
 
 namespace lumo {
 
@@ -10,7 +13,36 @@ namespace lumo {
 /// may be called on any thread.
 class MainQueue {
  public:
-  using Task = std::function<void()>;
+  /// Work that can be posted again and again without an allocation.
+  class Work {
+   public:
+    virtual ~Work() = default;
+    virtual void run() = 0;
+  };
+
+  /// What is posted: anything that can be called, or shared work.
+  class Task {
+   public:
+    Task() = default;
+    Task(std::shared_ptr<Work> work) : work_(std::move(work)) {}
+    template <std::invocable Function>
+    Task(Function function) : work_(std::make_shared<FunctionWork<Function>>(std::move(function))) {}
+
+    void operator()() const {
+      if (work_) work_->run();
+    }
+
+   private:
+    template <class Function>
+    struct FunctionWork final : Work {
+      explicit FunctionWork(Function f) : function(std::move(f)) {}
+      void run() override { function(); }
+      Function function;
+    };
+
+    std::shared_ptr<Work> work_;
+  };
+
   /// Runs a task later, on the host's main thread.
   using Executor = std::function<void(Task task)>;
 

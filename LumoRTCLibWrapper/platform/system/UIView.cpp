@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLibWrapper/util/LMIWFormat.h"
 
 namespace {
 
@@ -12,6 +13,8 @@ lumo::Cell<std::shared_ptr<UIViewBackend>>& backendCell() {
 }
 
 }  // namespace
+
+std::string UIPoint::description() const { return lumo::format("{%@, %@}", {x, y}); }
 
 void UIViewBackend::install(std::shared_ptr<UIViewBackend> backend) { backendCell().set(std::move(backend)); }
 

@@ -1,7 +1,18 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
+
+/// A point in view coordinates: origin at the top left, y downwards.
+struct UIPoint {
+  double x = 0;
+  double y = 0;
+
+  bool operator==(const UIPoint&) const = default;
+  /// "{x, y}", for logs.
+  std::string description() const;
+};
 
 /// A rectangle in view coordinates: points, origin at the top left, y downwards.
 struct UIRect {

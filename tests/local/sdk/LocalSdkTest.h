@@ -68,6 +68,11 @@ class EventRecorder : public LMRTCRoomEventDelegate, public LMRTCEngineEventDele
     line("sei " + sei + " " + userId);
   }
   void didReceiveLiveStreamSEI(const std::string&) override {}
+  void didRequestJoinOtherRoom(const std::string&, const std::string&, const std::string&) override {}
+  void didCancelRequestOtherRoom(const std::string&, const std::string&, const std::string&) override {}
+  void didResponseJoinOtherRoom(const std::string&, const std::string&, const std::string&,
+                                const std::string&, bool, const std::string&) override {}
+  void didFinishOtherRoom(const std::string&, const std::string&) override {}
   void didKicked(const std::string& roomId, std::int64_t reason) override {
     const auto joined = room.lock();
     line("kicked " + roomId + " " + std::to_string(reason) +

@@ -1,0 +1,119 @@
+#include "LumoRTCLibWrapper/views/LMRTCIWUnityView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
+#include "LumoRTCLibWrapper/views/UprightConverter.h"
+
+namespace {
+
+using Picture = std::shared_ptr<const LumoRTCI420Buffer>;
+
+/// `picture` itself if its rows are tight, else a tight copy of its top left `width` x `height` pixels.
+Picture tight(Picture picture, std::int32_t width, std::int32_t height) {
+  const bool isTight = picture->strideY() == width && picture->strideU() == picture->chromaWidth() &&
+                       picture->strideV() == picture->chromaWidth();
+  const std::int32_t copyWidth = std::min(width, picture->width());
+  const std::int32_t copyHeight = std::min(height, picture->height());
+  if (isTight || copyWidth < 1 || copyHeight < 1) return picture;
+
+  auto copy = LumoRTCI420Buffer::create(copyWidth, copyHeight);
+  LumoRTCI420Rotate(picture->dataY(), picture->strideY(), picture->dataU(), picture->strideU(),
+                    picture->dataV(), picture->strideV(), copy->mutableDataY(), copy->strideY(),
+                    copy->mutableDataU(), copy->strideU(), copy->mutableDataV(), copy->strideV(), copyWidth,
+                    copyHeight, 0);
+  return copy;
+}
+
+}  // namespace
+
+std::shared_ptr<LMRTCIWUnityView> LMRTCIWUnityView::create() {
+  return std::make_shared<LMRTCIWUnityView>(PrivateKey{});
+}
+
+std::int64_t LMRTCIWUnityView::getViewType() const { return LMRTCIWViewTypeUnity; }
+
+void LMRTCIWUnityView::setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) {
+  outputStream_.bind(stream, shared_from_this());
+}
+
+void LMRTCIWUnityView::removeLocalView() {
+  outputStream_.detach();
+  destroy();
+}
+
+void LMRTCIWUnityView::setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) {
+  intputStream_.bind(stream, shared_from_this());
+}
+
+void LMRTCIWUnityView::removeRemoteView() {
+  intputStream_.detach();
+  destroy();
+}
+
+void LMRTCIWUnityView::setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) {
+  cdnStream_.bind(stream, shared_from_this());
+}
+
+void LMRTCIWUnityView::removeInnerCdnView() {
+  cdnStream_.detach();
+  destroy();
+}
+
+void LMRTCIWUnityView::destroy() {
+  outputStream_.forget();
+  intputStream_.forget();
+  cdnStream_.forget();
+}
+
+std::shared_ptr<LMRTCIWUnityVideoFrame> LMRTCIWUnityView::getCurrentFrame() {
+  if (length_ == 0) return nullptr;
+  const std::lock_guard lock(lock_);
+  if (frameBuffer_.empty()) return nullptr;  // another thread was faster
+  auto frame = frameBuffer_.popFront();
+  length_ = frameBuffer_.size();
+  return frame;
+}
+
+void LMRTCIWUnityView::setSize(double, double) {}
+
+void LMRTCIWUnityView::renderFrame(const LMRTCVideoFrame& frame) {
+  if (!frame.rtcVideoFrame || !frame.rtcVideoFrame->buffer) return;
+  auto picture = frame.rtcVideoFrame->buffer->toI420();
+  if (!picture) return;
+  auto record = std::make_shared<LMRTCIWUnityVideoFrame>();
+  record->width = frame.width;
+  record->height = frame.height;
+  record->rotation = frame.rotation;
+  record->yuvBuffer = tight(std::move(picture), frame.width, frame.height);
+  append(std::move(record));
+}
+
+std::shared_ptr<LMRTCIWUnityVideoFrame> LMRTCIWUnityView::correctRotation(const LumoRTCI420Buffer& picture,
+                                                                          std::int32_t rotation) {
+  auto frame = std::make_shared<LMRTCIWUnityVideoFrame>();
+  frame->yuvBuffer = lumo::rotatedCopy(picture, rotation);
+  frame->width = frame->yuvBuffer->width();
+  frame->height = frame->yuvBuffer->height();
+  return frame;
+}
+
+void LMRTCIWUnityView::append(std::shared_ptr<LMRTCIWUnityVideoFrame> frame) {
+  {
+    const std::lock_guard lock(lock_);
+    frameBuffer_.pushBack(std::move(frame));
+    length_ = frameBuffer_.size();
+  }
+  while (takeOldestBeyond(frameLimit_)) ++droppedFrames_;
+}
+
+std::shared_ptr<LMRTCIWUnityVideoFrame> LMRTCIWUnityView::takeOldestBeyond(std::size_t limit) {
+  const std::lock_guard lock(lock_);
+  if (limit == 0 || frameBuffer_.size() <= limit) return nullptr;
+  auto frame = frameBuffer_.popFront();
+  length_ = frameBuffer_.size();
+  return frame;
+}
