@@ -112,13 +112,14 @@ constexpr std::array<std::uint16_t, 10> kDigits = {
     0b101'101'111'001'001, 0b111'100'111'001'111, 0b111'100'111'101'111, 0b111'001'001'010'010,
     0b111'101'111'101'111, 0b111'101'111'001'111};
 
-void drawNumber(Canvas canvas, std::int32_t left, std::int32_t top, std::uint32_t number) {
+void drawNumber(Canvas canvas, std::int32_t left, std::int32_t top, std::uint32_t number,
+                const YuvColor& ink) {
   std::array<char, 10> text;
   const char* const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
   for (const char* digit = text.data(); digit != end; ++digit, left += 4) {
     const std::uint32_t dots = kDigits[static_cast<std::size_t>(*digit - '0')];
     for (std::int32_t dot = 0; dot < 15; ++dot) {
-      if (dots >> (14 - dot) & 1) canvas.fill(left + dot % 3, top + dot / 3, 1, 1, kWhite);
+      if (dots >> (14 - dot) & 1) canvas.fill(left + dot % 3, top + dot / 3, 1, 1, ink);
     }
   }
 }
@@ -182,11 +183,13 @@ std::shared_ptr<const LumoRTCI420Buffer> TestPictureSource::frameAt(Microseconds
                                                                     const VideoFormat& format) {
   const std::uint32_t frameNumber = frameNumberAt(time, format.framesPerSecond);
   auto picture = pool_.take(format.width, format.height);
-  Canvas(*picture, 1).fill(0, 0, 1, 1, testPictureColor(sourceNumber_));
-  drawNumber(Canvas(*picture, kGrid), 2, 2, sourceNumber_ % 10'000);
-  drawNumber(Canvas(*picture, kGrid * 2), 4, 17, frameNumber % 100'000'000);
+  const YuvColor background = testPictureColor(sourceNumber_);
+  const YuvColor& ink = background.y > kThreshold ? kBlack : kWhite;
+  Canvas(*picture, 1).fill(0, 0, 1, 1, background);
+  drawNumber(Canvas(*picture, kGrid), 2, 2, sourceNumber_ % 10'000, ink);
+  drawNumber(Canvas(*picture, kGrid * 2), 4, 17, frameNumber % 100'000'000, ink);
   const auto block = static_cast<std::int32_t>(frameNumber % 69);
-  Canvas(*picture, kGrid * 4).fill(4 + block, 46, 4, 6, kWhite);
+  Canvas(*picture, kGrid * 4).fill(4 + block, 46, 4, 6, ink);
   drawCode(*picture, {sourceNumber_, frameNumber});
   return picture;
 }

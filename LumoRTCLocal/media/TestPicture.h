@@ -21,7 +21,7 @@ struct YuvColor {
 YuvColor testPictureColor(std::uint32_t sourceNumber);
 
 /// Draws a picture that says who sent it and which frame it is: the background has the source's colour, large
-/// digits show the source number and small ones below the frame number, a white block moves a little to the
+/// digits show the source number and small ones below the frame number, a block moves a little to the
 /// right with each frame, and a bar code at the bottom carries both numbers. The outermost twentieth of the
 /// picture on each side shows the background only.
 ///

@@ -12,9 +12,16 @@ namespace {
 
 constexpr ExitCode kWrongOptions{2};
 constexpr std::size_t kMostParticipants = 16;
+constexpr double kMostSeconds = 24 * 60 * 60;
 constexpr std::array<const char*, kMostParticipants> kNames = {
     "Anna", "Ben",   "Carla", "David", "Emma", "Finn", "Greta", "Hugo",
     "Ida",  "Jonas", "Klara", "Leo",   "Mia",  "Noah", "Olga",  "Paul"};
+
+std::string checkSeconds(const std::string& text) {
+  double seconds = 0;
+  const bool isInRange = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= kMostSeconds;
+  return isInRange ? "" : text + " is not a number of seconds above 0, up to a day";
+}
 
 /// @return what is wrong with the names; empty when all is well
 std::string checkNames(const std::vector<std::string>& names) {
@@ -49,12 +56,15 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
                  "How many others take part (default: 2, or one for each name)")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{0}, kMostParticipants));
-  app.add_option("--names", options.names, "Their names")->type_name("A,B,...")->delimiter(',');
+  app.add_option("--names", options.names, "Their names")
+      ->type_name("A,B,...")
+      ->delimiter(',')
+      ->allow_extra_args(false);
   app.add_option("--camera", options.camera, "Video file or capture device that serves as the camera")
       ->type_name("FILE");
   app.add_option("--seconds", options.seconds, "How long the call lasts (default: 5)")
       ->type_name("N")
-      ->check(CLI::PositiveNumber & CLI::Range(86'400.0));
+      ->check(checkSeconds);
   app.add_option("--sheet", options.sheet, "Write a contact sheet of all views (PNG)")->type_name("FILE");
   app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
   app.add_flag("--log", options.log, "Write the structured log to standard error");

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
 #include "LumoRTCLibWrapper/platform/system/Console.h"
@@ -15,19 +16,24 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongOptions = 2;
 
+std::string joined(const std::vector<std::string>& parts) {
+  std::string text;
+  for (const std::string& part : parts) text += (text.empty() ? "" : ", ") + part;
+  return text.empty() ? "none" : text;
+}
+
 void printSummary(const Call& call) {
-  std::string line = "Frames shown:";
-  for (const auto& [picture, frames] : call.shown())
-    line += " " + picture.label + " " + std::to_string(frames) + ",";
-  line.back() = '.';
-  line += " Loudest sound received:";
+  std::vector<std::string> frames;
+  for (const auto& shown : call.shown())
+    frames.push_back(shown.picture.label + " " + std::to_string(shown.frames));
+  std::vector<std::string> tones;
   for (const auto& [name, level] : call.heard()) {
     char text[64];
-    std::snprintf(text, sizeof(text), " %.0f Hz at %.2f,", level.frequencyHz, level.highest);
-    line += " " + name + text;
+    std::snprintf(text, sizeof(text), " %.0f Hz at %.2f", level.frequencyHz, level.highest);
+    tones.push_back(name + text);
   }
-  line.back() = '.';
-  std::puts(line.c_str());
+  std::printf("Frames shown: %s. Loudest sound received: %s.\n", joined(frames).c_str(),
+              joined(tones).c_str());
 }
 
 /// @return the exit code

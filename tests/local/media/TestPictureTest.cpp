@@ -94,7 +94,7 @@ TEST(TestPictureTest, ShowsItsColourAtTheRimAndMoves) {
     }
   }
   EXPECT_EQ(12u, colors.size());
-  TestPictureSource source(3);
+  TestPictureSource source(2);
   const auto findBlock = [&](Microseconds time) {
     const auto picture = source.frameAt(time, {160, 120, 15});
     int x = 0;
