@@ -63,6 +63,7 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
 
 void CallbackLog::line(const char* mark, std::string_view what, std::string_view values) const {
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
-  std::printf("%8.3f  %s %.*s%.*s\n", elapsed.count(), mark, static_cast<int>(what.size()), what.data(),
-              static_cast<int>(values.size()), values.data());
+  std::string text(mark);
+  text.append(" ").append(what).append(values);
+  std::printf("%8.3f  %s\n", elapsed.count(), text.c_str());
 }
