@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 #include <functional>
 
@@ -45,22 +46,28 @@ std::shared_ptr<LumoRTCI420Buffer> patterned(std::int32_t width, std::int32_t he
 /// Where a sample of the result comes from, in a plane of the original of `width` x `height`.
 using Origin = std::function<std::pair<int, int>(int x, int y, int width, int height)>;
 
-void expectMoved(const LumoRTCI420Buffer& from, const LumoRTCI420Buffer& to, const Origin& origin) {
-  const auto expectPlane = [&](const std::uint8_t* fromPlane, int fromStride, int fromWidth, int fromHeight,
-                               const std::uint8_t* toPlane, int toStride, int toWidth, int toHeight) {
-    for (int y = 0; y < toHeight; ++y) {
-      for (int x = 0; x < toWidth; ++x) {
-        const auto [fromX, fromY] = origin(x, y, fromWidth, fromHeight);
-        ASSERT_EQ(fromPlane[fromY * fromStride + fromX], toPlane[y * toStride + x]) << "at " << x << "," << y;
-      }
+struct Plane {
+  const std::uint8_t* data;
+  int stride, width, height;
+};
+
+std::array<Plane, 3> planesOf(const LumoRTCI420Buffer& p) {
+  return {{{p.dataY(), p.strideY(), p.width(), p.height()},
+           {p.dataU(), p.strideU(), p.chromaWidth(), p.chromaHeight()},
+           {p.dataV(), p.strideV(), p.chromaWidth(), p.chromaHeight()}}};
+}
+
+void expectMoved(const LumoRTCI420Buffer& fromPicture, const LumoRTCI420Buffer& toPicture,
+                 const Origin& origin) {
+  for (std::size_t plane = 0; plane < 3; ++plane) {
+    const Plane from = planesOf(fromPicture)[plane];
+    const Plane to = planesOf(toPicture)[plane];
+    for (int i = 0; i < to.width * to.height; ++i) {
+      const auto [x, y] = origin(i % to.width, i / to.width, from.width, from.height);
+      ASSERT_EQ(from.data[y * from.stride + x], to.data[i / to.width * to.stride + i % to.width])
+          << plane << " " << i;
     }
-  };
-  expectPlane(from.dataY(), from.strideY(), from.width(), from.height(), to.dataY(), to.strideY(), to.width(),
-              to.height());
-  expectPlane(from.dataU(), from.strideU(), from.chromaWidth(), from.chromaHeight(), to.dataU(), to.strideU(),
-              to.chromaWidth(), to.chromaHeight());
-  expectPlane(from.dataV(), from.strideV(), from.chromaWidth(), from.chromaHeight(), to.dataV(), to.strideV(),
-              to.chromaWidth(), to.chromaHeight());
+  }
 }
 
 TEST(PictureTest, MirrorsAndTurnsEverySampleInEverySize) {

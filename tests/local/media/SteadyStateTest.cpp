@@ -6,7 +6,7 @@
 #include "LumoRTCLocal/media/Picture.h"
 #include "LumoRTCLocal/media/TestPicture.h"
 #include "LumoRTCLocal/media/ViewPainter.h"
-#include "tests/local/media/AllocationCount.h"
+#include "tests/local/sdk/CountingNew.h"
 
 namespace lumo {
 namespace {
@@ -76,9 +76,9 @@ TEST(SteadyStateTest, CaptureScalingDeliveryAndPaintingAllocateNothing) {
     timeline->advance(66ms);
   };
   for (int i = 0; i < 3; ++i) sendOne();
-  const std::size_t before = test::allocationsOfThisThread();
+  const std::size_t before = allocationCount();
   for (int i = 0; i < 50; ++i) sendOne();
-  EXPECT_EQ(before, test::allocationsOfThisThread());
+  EXPECT_EQ(before, allocationCount());
   EXPECT_EQ(53, renderer->frames);
 }
 

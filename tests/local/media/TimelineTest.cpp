@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <future>
 #include <thread>
 #include <vector>
@@ -35,7 +34,7 @@ using Lines = std::vector<std::string>;
 TEST(ManualTimelineTest, RunsWhatFallsDueByTimeThenByPosting) {
   const auto timeline = Timeline::manual();
   const auto one = timeline->makeRunner("one");
-  const auto two = timeline->makeRunner("two");
+  auto two = timeline->makeRunner("two");
   Trace trace(*timeline);
   one->postAt(30us, trace.note("late"));
   two->postAt(10us, trace.note("first"));
@@ -58,19 +57,6 @@ TEST(ManualTimelineTest, RunsWhatFallsDueByTimeThenByPosting) {
   EXPECT_EQ(1u, timeline->advance(1us));
   EXPECT_EQ((Lines{"today@29", "overdue@29", "late@30"}),
             Lines(trace.lines().begin() + 5, trace.lines().end()));
-}
-
-TEST(ManualTimelineTest, DestroyingARunnerDropsItsTasksOnly) {
-  const auto timeline = Timeline::manual();
-  auto gone = timeline->makeRunner("gone");
-  const auto stays = timeline->makeRunner("stays");
-  Trace trace(*timeline);
-  stays->post(trace.note("before"));
-  gone->post(trace.note("dropped"));
-  stays->postAt(1us, trace.note("after"));
-  gone.reset();
-  EXPECT_EQ(2u, timeline->advance(1us));
-  EXPECT_EQ((Lines{"before@0", "after@1"}), trace.lines());
 }
 
 /// The rules of destruction hold on both timelines.
@@ -138,28 +124,23 @@ TEST_P(RunnerDestructionTest, WaitsForTheTaskThatRunsOnAnotherThread) {
 INSTANTIATE_TEST_SUITE_P(Timelines, RunnerDestructionTest, testing::Bool(),
                          [](const auto& tested) { return tested.param ? "RealTime" : "Manual"; });
 
-TEST(RealTimelineTest, RunsTasksOneAtATimeInTheOrderOfEachPoster) {
-  constexpr int kPosters = 4;
+TEST(RealTimelineTest, RunsTasksOneAtATime) {
   constexpr int kTasks = 200;
   const auto timeline = Timeline::realTime();
-  std::vector<std::vector<int>> ran(kPosters);
   std::promise<void> done;
-  int count = 0;  // not atomic: only one task runs at a time
+  int count = 0;  // not atomic: a thread checker would notice two tasks at once
   const auto runner = timeline->makeRunner("serial");
-  std::vector<std::thread> posters;
-  for (int poster = 0; poster < kPosters; ++poster) {
-    posters.emplace_back([&, poster] {
-      for (int task = 0; task < kTasks; ++task) {
-        runner->post([&, poster, task] {
-          ran[static_cast<std::size_t>(poster)].push_back(task);
-          if (++count == kPosters * kTasks) done.set_value();
-        });
-      }
-    });
-  }
-  for (auto& poster : posters) poster.join();
+  const auto post = [&] {
+    for (int task = 0; task < kTasks; ++task) {
+      runner->post([&] {
+        if (++count == 2 * kTasks) done.set_value();
+      });
+    }
+  };
+  std::thread other(post);
+  post();
+  other.join();
   done.get_future().get();
-  for (const auto& tasks : ran) EXPECT_TRUE(std::ranges::is_sorted(tasks));
 }
 
 TEST(RealTimelineTest, WaitsForTheTimeOfATask) {
