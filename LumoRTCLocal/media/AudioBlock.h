@@ -21,6 +21,8 @@ class AudioSource {
  public:
   virtual ~AudioSource() = default;
 
+  /// Whether there is a block to read at the moment; without one, nothing is sent.
+  virtual bool hasSound() const { return true; }
   /// Writes the next 10 ms to `block`.
   virtual void read(AudioBlock& block) = 0;
 };

@@ -26,6 +26,7 @@ void LocalEngine::setMediaServerUrl(const std::string& /*url*/) {}
 
 void LocalEngine::initWithConfig(const LMRTCConfig& /*config*/) {
   context_->operations->begin();
+  microphone_->setActive(true);
   pipeline_->setActive(true);
 }
 
@@ -37,6 +38,8 @@ void LocalEngine::unInit() {
     room = std::exchange(room_, nullptr);
   }
   if (room) close(room);
+  microphone_->setActive(false);
+  context_->speaker->setEnabled(true);
   pipeline_->setActive(false);
   pipeline_->setPreview(nullptr);
   delegate_.set({});

@@ -28,14 +28,17 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   /// The config is without effect: nothing in this process is lost, encrypted or mixed with other
   /// applications.
   void initWithConfig(const LMRTCConfig& config) override;
+  /// Also takes the callbacks of microphone, camera and room away and brings the devices back to where they
+  /// start.
   void unInit() override;
   void joinRoom(const std::string& roomId, const LMRTCRoomConfig& config, JoinCompletion completion) override;
   void leaveRoom(Completion completion) override;
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera_; }
 
+  void enableSpeaker(bool enabled) override { context_->speaker->setEnabled(enabled); }
+
   // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
-  void enableSpeaker(bool /*enabled*/) override {}
   void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
   void joinOtherRoom(const std::string& roomId, JoinOtherCompletion completion) override;
   void leaveOtherRoom(const std::string& roomId, bool notifyFinished,

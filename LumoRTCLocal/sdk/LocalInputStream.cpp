@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoInputStreamDelegate.h"
 
 namespace lumo {
 namespace {
@@ -19,10 +20,11 @@ RemoteStream::RemoteStream(const PublicationState& state, std::weak_ptr<FirstMed
 std::shared_ptr<RemoteStream> RemoteStream::create(const std::shared_ptr<const LocalContext>& context,
                                                    const PublicationState& state,
                                                    std::weak_ptr<FirstMediaListener> listener) {
-  if (state.publication->name().mediaType == LMRTCMediaTypeAudio) {
+  const StreamName& name = state.publication->name();
+  if (name.mediaType == LMRTCMediaTypeAudio && name.mediaStreamType != LMRTCMediaStreamTypeCustom) {
     return std::make_shared<LocalAudioInput>(context->speaker, state, std::move(listener));
   }
-  return std::make_shared<LocalVideoInput>(context->timeline, state, std::move(listener));
+  return std::make_shared<LocalVideoInput>(context, state, std::move(listener));
 }
 
 void RemoteStream::setSubscribed(bool subscribed) {
@@ -36,30 +38,49 @@ void RemoteStream::noteMedia() {
   if (const auto listener = listener_.lock()) listener->firstMediaArrived(shared_from_this());
 }
 
+void ReceivedSound::receive(const AudioBlock& block, Microseconds time) const {
+  if (speaker_->isReceivedMuted()) return;
+  tap_.deliver(block, time);
+  speaker_->add(block);
+}
+
 LocalAudioInput::LocalAudioInput(std::shared_ptr<Speaker> speaker, const PublicationState& state,
                                  std::weak_ptr<FirstMediaListener> listener)
     : LocalStream(state.publication->name()),
       RemoteStream(state, std::move(listener)),
-      speaker_(std::move(speaker)) {}
+      sound_(std::move(speaker)) {}
 
 std::shared_ptr<LMRTCInputStream> LocalAudioInput::input() { return {shared_from_this(), this}; }
 
 std::int64_t LocalAudioInput::resourceState() const { return resourceStateOf(isEnabled()); }
 
-void LocalAudioInput::receiveAudio(const AudioBlock& block, Microseconds /*time*/) {
-  noteMedia();
-  if (!isMute()) speaker_->add(block);
+void LocalAudioInput::setAudioDataCallback(LMRTCAudioDataCallback callback) {
+  sound_.tap().set(std::move(callback));
 }
 
-LocalVideoInput::LocalVideoInput(std::shared_ptr<Timeline> timeline, const PublicationState& state,
-                                 std::weak_ptr<FirstMediaListener> listener)
+void LocalAudioInput::receiveAudio(const AudioBlock& block, Microseconds time) {
+  noteMedia();
+  if (!isMute()) sound_.receive(block, time);
+}
+
+LocalVideoInput::LocalVideoInput(const std::shared_ptr<const LocalContext>& context,
+                                 const PublicationState& state, std::weak_ptr<FirstMediaListener> listener)
     : LocalStream(state.publication->name()),
       RemoteStream(state, std::move(listener)),
-      timeline_(std::move(timeline)) {}
+      timeline_(context->timeline),
+      sound_(context->speaker) {}
 
 std::shared_ptr<LMRTCInputStream> LocalVideoInput::input() { return {shared_from_this(), this}; }
 
 std::int64_t LocalVideoInput::resourceState() const { return resourceStateOf(isEnabled()); }
+
+void LocalVideoInput::setAudioDataCallback(LMRTCAudioDataCallback callback) {
+  sound_.tap().set(std::move(callback));
+}
+
+void LocalVideoInput::setDelegate(std::weak_ptr<LMRTCVideoInputStreamDelegate> delegate) {
+  delegate_.set(std::move(delegate));
+}
 
 void LocalVideoInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) {
   std::shared_ptr<FrameDelivery> delivery;
@@ -74,7 +95,20 @@ void LocalVideoInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& vi
 void LocalVideoInput::receiveVideo(const LMRTCVideoFrame& frame) {
   noteMedia();
   if (isMute()) return;
+  showDelegate(frame);
   if (const auto target = delivery()) target->offer(frame);
+}
+
+void LocalVideoInput::receiveAudio(const AudioBlock& block, Microseconds time) {
+  noteMedia();
+  if (!isMute()) sound_.receive(block, time);
+}
+
+void LocalVideoInput::showDelegate(const LMRTCVideoFrame& frame) {
+  const auto delegate = delegate_.get().lock();
+  if (!delegate) return;
+  delegate->willRenderCVPixelBufferRef(CVPixelBuffer::wrap(frame.rtcVideoFrame->buffer->toI420()),
+                                       {shared_from_this(), this});
 }
 
 std::shared_ptr<FrameDelivery> LocalVideoInput::delivery() const {

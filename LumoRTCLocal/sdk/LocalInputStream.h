@@ -7,6 +7,7 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
 #include "LumoRTCLocal/media/FrameDelivery.h"
+#include "LumoRTCLocal/sdk/AudioTap.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalStream.h"
 #include "LumoRTCLocal/server/Publication.h"
@@ -55,6 +56,20 @@ class RemoteStream : public MediaReceiver, public std::enable_shared_from_this<R
   std::atomic<bool> firstMediaDue_{false};
 };
 
+/// The way of received sound to whoever listens to the stream, then to the speaker.
+class ReceivedSound {
+ public:
+  explicit ReceivedSound(std::shared_ptr<Speaker> speaker) : speaker_(std::move(speaker)) {}
+
+  AudioTap& tap() { return tap_; }
+  /// Audio runner only. Drops the block while all received sound is muted.
+  void receive(const AudioBlock& block, Microseconds time) const;
+
+ private:
+  const std::shared_ptr<Speaker> speaker_;
+  AudioTap tap_;
+};
+
 /// The sound of a remote user, played on the speaker.
 class LocalAudioInput : public LocalStream<LMRTCAudioInputStream>, public RemoteStream {
  public:
@@ -63,31 +78,35 @@ class LocalAudioInput : public LocalStream<LMRTCAudioInputStream>, public Remote
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;
-  void setAudioDataCallback(LMRTCAudioDataCallback /*callback*/) override {}  // not supported yet
+  void setAudioDataCallback(LMRTCAudioDataCallback callback) override;
   void receiveAudio(const AudioBlock& block, Microseconds time) override;
 
  private:
-  const std::shared_ptr<Speaker> speaker_;
+  ReceivedSound sound_;
 };
 
-/// The pictures of a remote user, brought to the bound renderer.
+/// The pictures of a remote user, brought to the delegate and to the bound renderer; or the sound of a custom
+/// stream, which is of the same class.
 class LocalVideoInput : public LocalStream<LMRTCVideoInputStream>, public RemoteStream {
  public:
-  LocalVideoInput(std::shared_ptr<Timeline> timeline, const PublicationState& state,
+  LocalVideoInput(const std::shared_ptr<const LocalContext>& context, const PublicationState& state,
                   std::weak_ptr<FirstMediaListener> listener);
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;
-  void setAudioDataCallback(LMRTCAudioDataCallback /*callback*/) override {}  // not supported yet
-  void setDelegate(std::weak_ptr<LMRTCVideoInputStreamDelegate> /*delegate*/) override {
-  }  // not supported yet
+  void setAudioDataCallback(LMRTCAudioDataCallback callback) override;
+  void setDelegate(std::weak_ptr<LMRTCVideoInputStreamDelegate> delegate) override;
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override;
+  void receiveAudio(const AudioBlock& block, Microseconds time) override;
   void receiveVideo(const LMRTCVideoFrame& frame) override;
 
  private:
+  void showDelegate(const LMRTCVideoFrame& frame);
   std::shared_ptr<FrameDelivery> delivery() const;
 
   const std::shared_ptr<Timeline> timeline_;
+  ReceivedSound sound_;
+  Cell<std::weak_ptr<LMRTCVideoInputStreamDelegate>> delegate_;
   mutable std::mutex mutex_;                 ///< guards the pointer
   std::shared_ptr<FrameDelivery> delivery_;  ///< made when the first view is bound
 };

@@ -4,6 +4,7 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoStreamConfig.h"
+#include "LumoRTCLocal/sdk/AudioTap.h"
 #include "LumoRTCLocal/sdk/VideoPresets.h"
 
 namespace lumo {
@@ -24,26 +25,55 @@ VideoFormat configured(const VideoFormat& present, const LMRTCVideoStreamConfig&
 
 }  // namespace
 
-/// The captured sound at the recording volume.
-class LocalMicrophone::Capture : public AudioSource {
+/// The captured sound at the recording volume: one block per tick, whoever takes it.
+class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
  public:
   explicit Capture(std::unique_ptr<AudioSource> source) : source_(std::move(source)) {}
 
   void setVolume(std::uint64_t volume) { volume_.store(volume, std::memory_order_relaxed); }
 
+  void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
+  void setTarget(const std::shared_ptr<Publication>& publication) { target_.set(publication); }
+
+  AudioTap& recordTap() { return recordTap_; }
+  AudioTap& sendTap() { return sendTap_; }
+
+  void audioTickBegins(Microseconds time) override {
+    hasSound_ = enabled_.load(std::memory_order_relaxed);
+    if (!hasSound_) return;
+    source_->read(block_);
+    applyVolume();
+    recordTap_.deliver(block_, time);
+    const auto target = target_.get().lock();
+    if (target && target->isEnabled()) sendTap_.deliver(block_, time);
+  }
+
+  bool hasSound() const override { return hasSound_; }
   void read(AudioBlock& block) override {
-    source_->read(block);
-    const std::uint64_t volume = volume_.load(std::memory_order_relaxed);
-    if (volume == kFullVolume) return;
-    mix_.clear();
-    mix_.add(block, static_cast<double>(volume) / double{kFullVolume});
-    mix_.write(block);
+    block = block_;
+    hasSound_ = false;
   }
 
  private:
+  void applyVolume() {
+    const std::uint64_t volume = volume_.load(std::memory_order_relaxed);
+    if (volume == kFullVolume) return;
+    mix_.clear();
+    mix_.add(block_, static_cast<double>(volume) / double{kFullVolume});
+    mix_.write(block_);
+  }
+
   const std::unique_ptr<AudioSource> source_;
   std::atomic<std::uint64_t> volume_{kFullVolume};
+  std::atomic<bool> enabled_{true};
+  Cell<std::weak_ptr<Publication>> target_;  ///< what is sent; weak, as it owns the capture
+  AudioTap recordTap_;
+  AudioTap sendTap_;
+
+  // Audio runner only.
   AudioMix mix_;
+  AudioBlock block_;
+  bool hasSound_ = false;  ///< the block is of this tick and has not been read
 };
 
 LocalMicrophone::LocalMicrophone(const std::string& userId, std::unique_ptr<AudioSource> tone,
@@ -52,6 +82,19 @@ LocalMicrophone::LocalMicrophone(const std::string& userId, std::unique_ptr<Audi
       capture_(std::make_shared<Capture>(std::move(tone))),
       server_(std::move(server)),
       exchange_(std::move(exchange)) {}
+
+void LocalMicrophone::setActive(bool active) {
+  if (!active) {
+    capture_->recordTap().set({});
+    capture_->sendTap().set({});
+    capture_->setEnabled(true);
+  }
+  {
+    const std::lock_guard lock(mutex_);
+    active_ = active;
+  }
+  updateCapture();
+}
 
 void LocalMicrophone::setIsMute(bool mute) {
   LocalStream::setIsMute(mute);
@@ -64,6 +107,17 @@ void LocalMicrophone::setRecordingVolume(std::uint64_t volume) { capture_->setVo
 
 void LocalMicrophone::setAudioCodecType(std::int64_t /*type*/) {}
 
+void LocalMicrophone::setMicrophoneDisable(bool disabled) { capture_->setEnabled(!disabled); }
+
+void LocalMicrophone::setRecordAudioDataCallback(LMRTCAudioDataCallback callback) {
+  capture_->recordTap().set(std::move(callback));
+  updateCapture();
+}
+
+void LocalMicrophone::setWillSendAudioBufferCallback(LMRTCAudioDataCallback callback) {
+  capture_->sendTap().set(std::move(callback));
+}
+
 std::shared_ptr<Publication> LocalMicrophone::makePublication() {
   return Publication::create(name(), !isMute(), capture_,
                              [weak = std::weak_ptr<AudioExchange>(exchange_)](const auto& changed) {
@@ -73,7 +127,18 @@ std::shared_ptr<Publication> LocalMicrophone::makePublication() {
 
 void LocalMicrophone::attach(const std::shared_ptr<Publication>& publication) {
   LocalOutput::attach(publication);
+  capture_->setTarget(publication);
+  updateCapture();
   if (publication) server_->setEnabled(publication, !isMute());  // it may have been muted meanwhile
+}
+
+void LocalMicrophone::updateCapture() {
+  const std::lock_guard lock(mutex_);
+  if (active_ && (publication() || capture_->recordTap().isSet())) {
+    exchange_->addListener(capture_);
+  } else {
+    exchange_->removeListener(capture_);
+  }
 }
 
 LocalCamera::LocalCamera(const std::string& userId, std::shared_ptr<CameraPipeline> pipeline,

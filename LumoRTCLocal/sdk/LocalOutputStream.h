@@ -33,12 +33,16 @@ class LocalOutput {
   Cell<std::shared_ptr<Publication>> publication_;
 };
 
-/// The microphone: a tone, at the recording volume.
+/// The microphone: a tone, at the recording volume. It captures while it is published or watched.
 class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public LocalOutput {
  public:
   /// @param tone  what the microphone hears
   LocalMicrophone(const std::string& userId, std::unique_ptr<AudioSource> tone,
                   std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange);
+
+  /// Between the engine's initialisation and its end. The end also takes the callbacks away and switches the
+  /// microphone on again.
+  void setActive(bool active);
 
   void setIsMute(bool mute) override;
   /// Without effect: sound goes uncompressed from member to member.
@@ -46,10 +50,13 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
   void setRecordingVolume(std::uint64_t volume) override;
   /// Without effect, as setAudioQuality.
   void setAudioCodecType(std::int64_t type) override;
-  // Not supported yet: without effect.
-  void setMicrophoneDisable(bool /*disabled*/) override {}
-  void setRecordAudioDataCallback(LMRTCAudioDataCallback /*callback*/) override {}
-  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback /*callback*/) override {}
+  /// While it is disabled nothing is captured and nothing is sent, not even silence; the other members are
+  /// not told.
+  void setMicrophoneDisable(bool disabled) override;
+  /// What is captured, at the recording volume: also when it is muted or not published.
+  void setRecordAudioDataCallback(LMRTCAudioDataCallback callback) override;
+  /// What goes out while the stream is published and not muted: also when nobody has subscribed.
+  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback callback) override;
 
   std::shared_ptr<Publication> makePublication() override;
   void attach(const std::shared_ptr<Publication>& publication) override;
@@ -57,9 +64,13 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
  private:
   class Capture;
 
+  void updateCapture();
+
   const std::shared_ptr<Capture> capture_;
   const std::shared_ptr<MediaServer> server_;
   const std::shared_ptr<AudioExchange> exchange_;
+  std::mutex mutex_;  ///< guards what follows, together with the capture's place in the exchange
+  bool active_ = false;
 };
 
 /// The camera.

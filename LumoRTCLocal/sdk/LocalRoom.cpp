@@ -36,6 +36,8 @@ void LocalRoom::close() {
   const auto user = localUser_.exchange(nullptr);
   context_->server->leave(member_);
   if (user) user->close();
+  context_->speaker->muteReceived(false);
+  context_->speaker->receivedTap().set({});
   delegate_.set({});
 }
 
@@ -57,6 +59,14 @@ std::shared_ptr<LMRTCRemoteUser> LocalRoom::getRemoteUser(const std::string& use
 
 std::vector<std::string> LocalRoom::otherRoomIdArray() const {
   return context_->server->linkedRooms(roomId_);
+}
+
+void LocalRoom::muteAllRemoteAudio(bool mute) {
+  if (open_) context_->speaker->muteReceived(mute);
+}
+
+void LocalRoom::setReceivedAudioBufferCallback(LMRTCAudioDataCallback callback) {
+  if (open_) context_->speaker->receivedTap().set(std::move(callback));
 }
 
 void LocalRoom::memberJoined(const std::string& userId) {

@@ -72,9 +72,10 @@ class LocalRoom : public LMRTCRoom,
   std::vector<std::string> otherRoomIdArray() const override;
   std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return {}; }
   std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return nullptr; }
-  // Not supported yet: without effect.
-  void muteAllRemoteAudio(bool /*mute*/) override {}
-  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback /*callback*/) override {}
+  /// Until the room is left. The mix of what is received goes on, silent.
+  void muteAllRemoteAudio(bool mute) override;
+  /// Until the room is left.
+  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback callback) override;
 
  private:
   using Delegate = LMRTCRoomEventDelegate;

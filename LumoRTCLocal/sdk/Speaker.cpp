@@ -11,6 +11,8 @@ void Speaker::setSink(Sink sink) {
 void Speaker::audioTick(Microseconds time) {
   mix_.write(block_);
   mix_.clear();
+  receivedTap_.deliver(block_, time);
+  if (!enabled_.load(std::memory_order_relaxed)) return;
   if (const auto sink = sink_.get()) (*sink)(block_, time);
 }
 

@@ -54,8 +54,9 @@ void AudioExchange::tick(Microseconds time) {
     currentPublications_ = publications_;
     currentListeners_ = listeners_;
   }
+  for (const auto& listener : currentListeners_) listener->audioTickBegins(time);
   for (const auto& publication : currentPublications_) {
-    if (!publication->isWanted()) continue;
+    if (!publication->isWanted() || !publication->audio()->hasSound()) continue;
     publication->audio()->read(block_);
     publication->sendAudio(block_, time);
   }

@@ -9,16 +9,19 @@
 
 namespace lumo {
 
-/// Told at the end of every 10 ms in which sound has moved, on the audio runner.
+/// Told of every 10 ms in which sound moves, on the audio runner.
 class AudioTickListener {
  public:
   virtual ~AudioTickListener() = default;
-  virtual void audioTick(Microseconds time) = 0;
+  /// Before the blocks of the publications are taken.
+  virtual void audioTickBegins(Microseconds /*time*/) {}
+  /// After they have been sent.
+  virtual void audioTick(Microseconds /*time*/) {}
 };
 
 /// The clock of all sound: every 10 ms, on one audio runner, it takes a block from each publication that
-/// somebody wants, sends it on and then tells the listeners. It rests while there is neither. Every operation
-/// may be called on any thread.
+/// somebody wants and sends it on; the listeners are told before and after. It rests while there is neither.
+/// Every operation may be called on any thread.
 class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
  public:
   static constexpr Microseconds kBlock{10000};

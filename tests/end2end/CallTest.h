@@ -1,0 +1,80 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWMediaObservers.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/platform/system/Console.h"
+#include "LumoRTCLibWrapper/platform/system/MainQueue.h"
+#include "LumoRTCLocal/LumoRTCLocal.h"
+
+namespace lumo::test {
+
+using namespace std::chrono_literals;
+using Media = LumoRTCLocal::Media;
+using ParticipantPtr = std::shared_ptr<LumoRTCLocal::Participant>;
+
+inline constexpr std::int64_t kAudio = LMRTCIWMediaTypeAudio;
+inline constexpr std::int64_t kVideo = LMRTCIWMediaTypeVideo;
+inline constexpr std::int64_t kBoth = LMRTCIWMediaTypeAudioVideo;
+
+/// A host's engine on LumoRTCLocal at manual pace; nothing of either may outlive the test.
+class CallTest : public ::testing::Test {
+ protected:
+  CallTest() {
+    LMFwLog::getInstance().setThreshold(LMFwLogLevelOff);
+    Console::setSink({});
+    MainQueue::setOwnThread(false);
+    engine = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
+    engine->setEngineDelegate(delegate);
+  }
+
+  ~CallTest() override {
+    const std::weak_ptr<LMRTCIWEngine> weak = engine;
+    engine->destroy();
+    engine.reset();
+    local->setSpeaker({});
+    local->uninstall();
+    advance(1s);
+    EXPECT_TRUE(weak.expired());
+  }
+
+  /// Moves time forward, and runs what was posted to the main queue.
+  void advance(Microseconds duration) {
+    local->advance(duration);
+    MainQueue::runPending();
+  }
+
+  void join() {
+    ASSERT_EQ(0, engine->joinRoom("r", std::make_shared<LMRTCIWRoomSetup>()));
+    advance(0us);
+  }
+  void publish(std::int64_t mediaType) {
+    ASSERT_EQ(0, engine->publish(mediaType));
+    advance(0us);
+  }
+  ParticipantPtr add(const std::string& userId) { return local->join("r", userId).participant; }
+  ParticipantPtr addPublishing(const std::string& userId, Media media,
+                               const std::string& tag = kLMRTCDefaultStreamTag) {
+    auto participant = add(userId);
+    EXPECT_EQ(0, participant->publish(tag, media));
+    return participant;
+  }
+
+  std::shared_ptr<LumoRTCLocal> local = LumoRTCLocal::install({LumoRTCLocal::Pace::manual, "me"});
+  std::shared_ptr<LMRTCIWEngineDelegate> delegate = std::make_shared<LMRTCIWEngineDelegate>();
+  std::shared_ptr<LMRTCIWEngine> engine;
+};
+
+}  // namespace lumo::test
