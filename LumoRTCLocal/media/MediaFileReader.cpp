@@ -31,6 +31,8 @@ using ffmpeg::Packet;
 using ffmpeg::StreamDecoder;
 using Result = StreamDecoder::Result;
 
+constexpr AVRational kTicks{1, AV_TIME_BASE};  // what a container counts time in
+
 void prepareFfmpeg() {
   static std::once_flag once;
   std::call_once(once, [] {
@@ -252,8 +254,7 @@ bool MediaFileReader::State::seekInput(Microseconds time) {
   const AVStream& stream = (picture ? *picture : *sound).stream();
   const std::int64_t start = format->start_time == AV_NOPTS_VALUE ? 0 : format->start_time;
   // Rounded down: the nearest tick of a coarse clock may lie beyond the picture that is wanted.
-  const std::int64_t tick =
-      av_rescale_q_rnd(start + time.count(), AV_TIME_BASE_Q, stream.time_base, AV_ROUND_DOWN);
+  const std::int64_t tick = av_rescale_q_rnd(start + time.count(), kTicks, stream.time_base, AV_ROUND_DOWN);
   if (av_seek_frame(format.get(), stream.index, tick, AVSEEK_FLAG_BACKWARD) < 0) return false;
   if (picture) picture->flush();
   if (sound) sound->flush();
