@@ -51,16 +51,19 @@ LumoRTCLocal::JoinResult refusal(std::int64_t code) {
 struct LumoRTCLocal::State {
   explicit State(const Options& options)
       : context(makeContext(options)),
-        camera(std::make_shared<lumo::CameraPipeline>(context->timeline, "camera",
-                                                      std::make_shared<lumo::TestPictureSource>(kLocalSource),
+        cameras(
+            std::make_shared<lumo::CameraPair>(std::make_unique<lumo::TestPictureSource>(kLocalSource),
+                                               std::make_unique<lumo::TestPictureSource>(kBackCameraSource))),
+        camera(std::make_shared<lumo::CameraPipeline>(context->timeline, "camera", cameras,
                                                       lumo::VideoFormat())),
-        engine(std::make_shared<lumo::LocalEngine>(context, camera,
+        engine(std::make_shared<lumo::LocalEngine>(context, camera, cameras,
                                                    lumo::ScriptedParticipant::makeTone(kLocalSource))),
         provider(std::make_shared<lumo::LocalProvider>(engine)) {}
 
   void keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant);
 
   const std::shared_ptr<const lumo::LocalContext> context;
+  const std::shared_ptr<lumo::CameraPair> cameras;
   const std::shared_ptr<lumo::CameraPipeline> camera;
   const std::shared_ptr<lumo::LocalEngine> engine;
   const std::shared_ptr<lumo::LocalProvider> provider;
@@ -108,13 +111,21 @@ void LumoRTCLocal::uninstall() {
 
 std::optional<std::string> LumoRTCLocal::setCamera(const std::string& path) {
   if (path.empty()) {
-    state_->camera->setSource(std::make_shared<lumo::TestPictureSource>(kLocalSource));
+    state_->camera->setSource(state_->cameras);
     return std::nullopt;
   }
   auto opened = lumo::openCamera(path);
   if (!opened.source) return std::move(opened.error);
   state_->camera->setSource(std::move(opened.source));
   return std::nullopt;
+}
+
+std::optional<UIPoint> LumoRTCLocal::cameraFocusPosition() const {
+  return state_->engine->camera().focusPosition();
+}
+
+std::optional<UIPoint> LumoRTCLocal::cameraExposurePosition() const {
+  return state_->engine->camera().exposurePosition();
 }
 
 void LumoRTCLocal::setSpeaker(std::function<void(const lumo::AudioBlock&, lumo::Microseconds)> sink) {

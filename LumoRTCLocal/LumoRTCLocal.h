@@ -8,6 +8,7 @@
 #include <string>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/platform/system/UIView.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/media/VideoFormat.h"
@@ -19,9 +20,9 @@
 ///   const auto anna = local->join("room", "anna").participant;
 ///   anna->publishVideo();
 ///
-/// The local camera shows the test picture of source number 0 (see TestPicture.h), the local microphone hears
-/// a tone; a tone has 300 Hz plus 100 Hz times the source number. Captured media is sent while somebody has
-/// subscribed to it.
+/// The local camera shows the test picture of source number 0 (see TestPicture.h), and that of
+/// kBackCameraSource when it is switched to the back. The local microphone hears a tone; a tone has 300 Hz
+/// plus 100 Hz times the source number. Captured media is sent while somebody has subscribed to it.
 ///
 /// Result codes are those of LumoRTCLocal/sdk/LocalCodes.h; LMRTCCodeDefine::codeDesc gives their texts.
 /// Every operation may be called on any thread. Completions and room events come on one SDK thread, pictures
@@ -29,6 +30,9 @@
 /// `advance`.
 class LumoRTCLocal {
  public:
+  /// The source number of the local back camera.
+  static constexpr std::uint32_t kBackCameraSource = 1000;
+
   enum class Pace {
     realTime,  ///< by the clock, on threads
     manual,    ///< in `advance` only, on the calling thread; repeatable, for tests
@@ -140,12 +144,18 @@ class LumoRTCLocal {
   void uninstall();
 
   /// Makes the local camera capture from a video file or a capture device, before or during a call; an empty
-  /// path brings the test picture back.
+  /// path brings the test pictures back. It stands in for both the front and the back camera.
   /// @return nothing, or what is wrong, for people; the camera then stays as it is
   std::optional<std::string> setCamera(const std::string& path);
 
+  /// Where the host has last pointed the local camera's focus and exposure, in the coordinates of the
+  /// preview; nothing before.
+  std::optional<UIPoint> cameraFocusPosition() const;
+  std::optional<UIPoint> cameraExposurePosition() const;
+
   /// Plays what the local user hears: the mix of all subscribed streams that are not muted, one block per 10
-  /// ms for as long as the local user is in a room, on the audio thread. An empty sink plays nothing.
+  /// ms for as long as the local user is in a room and the speaker is on, on the audio thread. An empty sink
+  /// plays nothing.
   void setSpeaker(std::function<void(const lumo::AudioBlock& block, lumo::Microseconds time)> sink);
 
   /// Puts a user into a room.

@@ -1,5 +1,6 @@
 #include "LumoRTCLocal/media/Picture.h"
 
+#include <libyuv/convert.h>
 #include <libyuv/convert_argb.h>
 #include <libyuv/planar_functions.h>
 #include <libyuv/rotate.h>
@@ -18,6 +19,13 @@ std::int32_t even(std::int32_t value) { return value & ~1; }
 
 std::int32_t scaledSide(std::int32_t side, double factor, std::int32_t limit) {
   return std::clamp(static_cast<std::int32_t>(std::lround(side * factor)), 1, limit);
+}
+
+/// Copies `from` over `to`; a height below 0 means from the bottom row up.
+void copyInto(const I420View& from, std::int32_t height, LumoRTCI420Buffer& to) {
+  libyuv::I420Copy(from.y, from.strideY, from.u, from.strideU, from.v, from.strideV, to.mutableDataY(),
+                   to.strideY(), to.mutableDataU(), to.strideU(), to.mutableDataV(), to.strideV(), from.width,
+                   height);
 }
 
 /// Scales `from` into the part of `to` inside `rect`.
@@ -107,6 +115,12 @@ std::shared_ptr<const LumoRTCI420Buffer> mirrored(const LumoRTCI420Buffer& pictu
   return result;
 }
 
+std::shared_ptr<const LumoRTCI420Buffer> flipped(const LumoRTCI420Buffer& picture, FramePool& pool) {
+  auto result = pool.take(picture.width(), picture.height());
+  copyInto(viewOf(picture), -picture.height(), *result);
+  return result;
+}
+
 std::shared_ptr<const LumoRTCI420Buffer> rotated(const std::shared_ptr<const LumoRTCI420Buffer>& picture,
                                                  std::int32_t degrees, FramePool& pool) {
   if (degrees != 90 && degrees != 180 && degrees != 270) return picture;
@@ -117,6 +131,20 @@ std::shared_ptr<const LumoRTCI420Buffer> rotated(const std::shared_ptr<const Lum
                      picture->dataV(), picture->strideV(), result->mutableDataY(), result->strideY(),
                      result->mutableDataU(), result->strideU(), result->mutableDataV(), result->strideV(),
                      picture->width(), picture->height(), static_cast<libyuv::RotationMode>(degrees));
+  return result;
+}
+
+std::shared_ptr<const LumoRTCI420Buffer> copied(const I420View& picture, FramePool& pool) {
+  auto result = pool.take(picture.width, picture.height);
+  copyInto(picture, picture.height, *result);
+  return result;
+}
+
+std::shared_ptr<const LumoRTCI420Buffer> fromBgra(const std::uint8_t* bgra, std::int32_t stride,
+                                                  std::int32_t width, std::int32_t height, FramePool& pool) {
+  auto result = pool.take(width, height);
+  libyuv::ARGBToI420(bgra, stride, result->mutableDataY(), result->strideY(), result->mutableDataU(),
+                     result->strideU(), result->mutableDataV(), result->strideV(), width, height);
   return result;
 }
 

@@ -59,10 +59,22 @@ std::shared_ptr<const LumoRTCI420Buffer> letterboxed(const std::shared_ptr<const
 /// The picture with left and right exchanged.
 std::shared_ptr<const LumoRTCI420Buffer> mirrored(const LumoRTCI420Buffer& picture, FramePool& pool);
 
+/// The picture with top and bottom exchanged.
+std::shared_ptr<const LumoRTCI420Buffer> flipped(const LumoRTCI420Buffer& picture, FramePool& pool);
+
 /// The picture turned clockwise.
 /// @param degrees  90, 180 or 270; everything else leaves the picture as it is
 std::shared_ptr<const LumoRTCI420Buffer> rotated(const std::shared_ptr<const LumoRTCI420Buffer>& picture,
                                                  std::int32_t degrees, FramePool& pool);
+
+/// The picture in memory of its own.
+std::shared_ptr<const LumoRTCI420Buffer> copied(const I420View& picture, FramePool& pool);
+
+/// The picture of 32-bit pixels: blue, green, red, and a byte that is ignored.
+/// @param bgra    the first row
+/// @param stride  bytes from one row to the next, at least `width * 4`
+std::shared_ptr<const LumoRTCI420Buffer> fromBgra(const std::uint8_t* bgra, std::int32_t stride,
+                                                  std::int32_t width, std::int32_t height, FramePool& pool);
 
 /// Converts to 32-bit pixels: blue, green, red, and 255.
 /// @param bgra    where the first row goes; room for `picture.height` rows

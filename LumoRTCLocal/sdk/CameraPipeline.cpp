@@ -15,6 +15,12 @@ Microseconds gridTime(Microseconds start, std::int64_t picture, std::int32_t fra
   return start + Microseconds((picture * kSecond + framesPerSecond - 1) / framesPerSecond);
 }
 
+/// `picture`, mirrored left to right as it looks when it stands upright.
+std::shared_ptr<const LumoRTCI420Buffer> mirroredUpright(const LumoRTCI420Buffer& picture,
+                                                         std::int32_t rotation, FramePool& pool) {
+  return rotation == 90 || rotation == 270 ? flipped(picture, pool) : mirrored(picture, pool);
+}
+
 }  // namespace
 
 /// What one capture works with: a copy, so that no lock is held meanwhile.
@@ -57,6 +63,15 @@ VideoFormat CameraPipeline::format() const {
   return settings_.format;
 }
 
+void CameraPipeline::setRotation(std::int32_t degrees) {
+  change([degrees](Settings& settings) { settings.rotation = degrees; });
+}
+
+void CameraPipeline::setSendCallback(SendHook::Callback callback) {
+  sendHook_.set(std::move(callback));
+  update();
+}
+
 void CameraPipeline::setMirror(bool mirror) {
   change([mirror](Settings& settings) { settings.mirror = mirror; });
 }
@@ -78,6 +93,10 @@ void CameraPipeline::setActive(bool active) {
   change([active](Settings& settings) { settings.active = active; });
 }
 
+void CameraPipeline::setCapturing(bool capturing) {
+  change([capturing](Settings& settings) { settings.capturing = capturing; });
+}
+
 void CameraPipeline::setPreview(const std::shared_ptr<LMRTCVideoRenderer>& renderer) {
   std::shared_ptr<FrameDelivery> delivery;
   change([&](Settings& settings) {
@@ -97,9 +116,13 @@ void CameraPipeline::update() {
 }
 
 bool CameraPipeline::isWantedLocked() const {
-  if (!settings_.active) return false;
-  if (settings_.publication && settings_.publication->isWanted()) return true;
-  return !settings_.preview.expired();
+  if (!settings_.active || !settings_.capturing) return false;
+  return isSending(settings_) || !settings_.preview.expired();
+}
+
+bool CameraPipeline::isSending(const Settings& settings) const {
+  const auto& publication = settings.publication;
+  return publication && (publication->isWanted() || (publication->isEnabled() && sendHook_.isSet()));
 }
 
 void CameraPipeline::startLocked() {
@@ -123,9 +146,9 @@ void CameraPipeline::capture(std::uint64_t run) {
   if (!self || !beginStep(run, step)) return;
   const Settings& settings = step.settings;
   if (auto picture = settings.source->frameAt(step.time - settings.sourceStart, settings.format)) {
-    const LMRTCVideoFrame frame = wrapper_.wrap(picture, step.time);
+    const LMRTCVideoFrame frame = wrapper_.wrap(picture, step.time, settings.rotation);
     if (step.delivery) step.delivery->offer(frame);
-    if (settings.publication && settings.publication->isWanted()) send(step, picture, frame);
+    if (isSending(settings)) send(step, picture, frame);
   }
   endStep(run);
 }
@@ -155,15 +178,17 @@ void CameraPipeline::endStep(std::uint64_t run) {
 void CameraPipeline::send(const Step& step, const std::shared_ptr<const LumoRTCI420Buffer>& picture,
                           const LMRTCVideoFrame& frame) {
   const Settings& settings = step.settings;
-  const auto sent = settings.mirror ? mirrored(*picture, pool_) : picture;
-  const LMRTCVideoFrame normal = settings.mirror ? wrapper_.wrap(sent, step.time) : frame;
+  auto sent = sendHook_.process(picture, step.time, pool_);
+  if (!sent || !settings.publication->isWanted()) return;
+  if (settings.mirror) sent = mirroredUpright(*sent, settings.rotation, pool_);
+  const LMRTCVideoFrame normal = sent == picture ? frame : wrapper_.wrap(sent, step.time, settings.rotation);
   settings.publication->sendVideo(normal, false);
   if (!settings.publication->isTinyWanted()) return;
   if (!settings.tinyEnabled) return settings.publication->sendVideo(normal, true);
   const VideoFormat tiny = settings.tinyFormat.value_or(defaultTinyFormat(settings.format));
   if (!isTinyDue(tiny, step.time)) return;
-  settings.publication->sendVideo(wrapper_.wrap(scaled(sent, tiny.width, tiny.height, pool_), step.time),
-                                  true);
+  auto small = scaled(sent, tiny.width, tiny.height, pool_);
+  settings.publication->sendVideo(wrapper_.wrap(std::move(small), step.time, settings.rotation), true);
 }
 
 bool CameraPipeline::isTinyDue(const VideoFormat& tiny, Microseconds time) {

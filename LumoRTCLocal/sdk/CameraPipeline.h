@@ -13,6 +13,7 @@
 #include "LumoRTCLocal/media/VideoFormat.h"
 #include "LumoRTCLocal/media/VideoSource.h"
 #include "LumoRTCLocal/sdk/FrameWrapper.h"
+#include "LumoRTCLocal/sdk/SendHook.h"
 #include "LumoRTCLocal/server/Publication.h"
 
 namespace lumo {
@@ -33,8 +34,14 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   void setFormat(const VideoFormat& format);
   VideoFormat format() const;
 
-  /// Mirrors what is sent, left to right.
+  /// How the pictures have to be turned to stand upright; they themselves are not turned.
+  /// @param degrees  clockwise: 0, 90, 180 or 270
+  void setRotation(std::int32_t degrees);
+  /// Mirrors what is sent, left to right when it stands upright.
   void setMirror(bool mirror);
+  /// Who sees and may replace the pictures before they are mirrored, scaled and sent: also while nobody wants
+  /// those of an open publication. Empty: nobody.
+  void setSendCallback(SendHook::Callback callback);
   /// Whether a small stream goes out; without one, whoever wants it gets the normal one.
   void setTinyEnabled(bool enabled);
   /// Absent: as defaultTinyFormat.
@@ -44,6 +51,8 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
 
   /// While it is off, nothing is captured at all.
   void setActive(bool active);
+  /// Whether the camera is switched on, as it is at first.
+  void setCapturing(bool capturing);
   /// Shows the pictures, never mirrored; null shows them nowhere.
   void setPreview(const std::shared_ptr<LMRTCVideoRenderer>& renderer);
   /// Where the pictures are sent; null sends them nowhere.
@@ -57,10 +66,12 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   struct Settings {
     std::shared_ptr<VideoSource> source;
     VideoFormat format;
+    std::int32_t rotation = 0;
     bool mirror = false;
     bool tinyEnabled = true;
     std::optional<VideoFormat> tinyFormat;
     bool active = false;
+    bool capturing = true;
     std::weak_ptr<LMRTCVideoRenderer> preview;
     std::shared_ptr<Publication> publication;
     Microseconds sourceStart{-1};  ///< when the source captured first; negative: not yet
@@ -70,6 +81,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   template <class Change>
   void change(Change apply);
   bool isWantedLocked() const;
+  bool isSending(const Settings& settings) const;
   void startLocked();
   void schedule(std::uint64_t run, Microseconds time);
   void capture(std::uint64_t run);
@@ -82,6 +94,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   const std::shared_ptr<Timeline> timeline_;
   const std::string name_;
   const FrameWrapper wrapper_;
+  SendHook sendHook_;
 
   mutable std::mutex mutex_;  ///< guards what follows, up to the capture's own fields
   Settings settings_;

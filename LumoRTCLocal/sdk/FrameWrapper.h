@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/util/LMIWRecycler.h"
 #include "LumoRTCLocal/media/Timeline.h"
 
 namespace lumo {
@@ -11,18 +13,14 @@ namespace lumo {
 /// is used again, so that a steady flow allocates nothing. Frames may outlive the wrapper. Any thread.
 class FrameWrapper {
  public:
-  FrameWrapper();
-
-  /// @param picture  not null
-  /// @param time     when it was captured, on the timeline
-  LMRTCVideoFrame wrap(std::shared_ptr<const LumoRTCI420Buffer> picture, Microseconds time) const;
+  /// @param picture   not null
+  /// @param time      when it was captured, on the timeline
+  /// @param rotation  degrees clockwise that turn it upright: 0, 90, 180 or 270
+  LMRTCVideoFrame wrap(std::shared_ptr<const LumoRTCI420Buffer> picture, Microseconds time,
+                       std::int32_t rotation = 0) const;
 
  private:
-  struct Recycler;
-  template <typename T>
-  struct Allocator;
-
-  std::shared_ptr<Recycler> recycler_;
+  std::shared_ptr<Recycler> recycler_ = std::make_shared<Recycler>();
 };
 
 }  // namespace lumo

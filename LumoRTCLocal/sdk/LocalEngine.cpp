@@ -9,12 +9,13 @@
 namespace lumo {
 
 LocalEngine::LocalEngine(std::shared_ptr<const LocalContext> context, std::shared_ptr<CameraPipeline> camera,
-                         std::unique_ptr<AudioSource> microphone)
+                         std::shared_ptr<CameraPair> cameras, std::unique_ptr<AudioSource> microphone)
     : context_(std::move(context)),
       pipeline_(std::move(camera)),
       microphone_(std::make_shared<LocalMicrophone>(context_->userId, std::move(microphone), context_->server,
                                                     context_->audio)),
-      camera_(std::make_shared<LocalCamera>(context_->userId, pipeline_, context_->server)) {}
+      camera_(
+          std::make_shared<LocalCamera>(context_->userId, pipeline_, std::move(cameras), context_->server)) {}
 
 LocalEngine::~LocalEngine() { unInit(); }
 
@@ -41,7 +42,7 @@ void LocalEngine::unInit() {
   microphone_->setActive(false);
   context_->speaker->setEnabled(true);
   pipeline_->setActive(false);
-  pipeline_->setPreview(nullptr);
+  camera_->reset();
   delegate_.set({});
 }
 

@@ -17,9 +17,10 @@ namespace lumo {
 /// The SDK's engine: the microphone, the camera and the joined room.
 class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<LocalEngine> {
  public:
-  /// @param camera  what the camera stream captures with
+  /// @param camera   what the camera stream captures with
+  /// @param cameras  of the device, for its position
   LocalEngine(std::shared_ptr<const LocalContext> context, std::shared_ptr<CameraPipeline> camera,
-              std::unique_ptr<AudioSource> microphone);
+              std::shared_ptr<CameraPair> cameras, std::unique_ptr<AudioSource> microphone);
   ~LocalEngine() override;
 
   void setDelegate(std::weak_ptr<LMRTCEngineEventDelegate> delegate) override;
@@ -35,6 +36,7 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   void leaveRoom(Completion completion) override;
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera_; }
+  const LocalCamera& camera() const { return *camera_; }
 
   void enableSpeaker(bool enabled) override { context_->speaker->setEnabled(enabled); }
 

@@ -142,10 +142,21 @@ void LocalMicrophone::updateCapture() {
 }
 
 LocalCamera::LocalCamera(const std::string& userId, std::shared_ptr<CameraPipeline> pipeline,
-                         std::shared_ptr<MediaServer> server)
+                         std::shared_ptr<CameraPair> cameras, std::shared_ptr<MediaServer> server)
     : LocalStream(defaultStream(userId, LMRTCMediaTypeVideo)),
       pipeline_(std::move(pipeline)),
+      cameras_(std::move(cameras)),
       server_(std::move(server)) {}
+
+void LocalCamera::reset() {
+  pipeline_->setPreview(nullptr);
+  pipeline_->setSendCallback({});
+  pipeline_->setCapturing(true);
+  pipeline_->setRotation(0);
+  cameras_->setPosition(LMRTCDeviceCameraFront);
+  focus_.set({});
+  exposure_.set({});
+}
 
 void LocalCamera::setIsMute(bool mute) {
   LocalStream::setIsMute(mute);
@@ -167,6 +178,25 @@ void LocalCamera::setTinyVideoConfig(const LMRTCVideoStreamConfig& config) {
 void LocalCamera::setEnableTinyStream(bool enabled) { pipeline_->setTinyEnabled(enabled); }
 
 void LocalCamera::setIsEncoderMirror(bool mirror) { pipeline_->setMirror(mirror); }
+
+void LocalCamera::setVideoSendBufferCallback(SendBufferCallback callback) {
+  pipeline_->setSendCallback(std::move(callback));
+}
+
+void LocalCamera::startCapture() { pipeline_->setCapturing(true); }
+
+void LocalCamera::stopCapture() { pipeline_->setCapturing(false); }
+
+void LocalCamera::setCameraPosition(std::int64_t position) { cameras_->setPosition(position); }
+
+std::int64_t LocalCamera::cameraPosition() const { return cameras_->position(); }
+
+void LocalCamera::switchCamera() { cameras_->switchPosition(); }
+
+void LocalCamera::setVideoOrientation(std::int64_t orientation) {
+  if (orientation < 0 || orientation > 3) return;
+  pipeline_->setRotation(static_cast<std::int32_t>(orientation) * 90);
+}
 
 std::shared_ptr<Publication> LocalCamera::makePublication() {
   return Publication::create(name(), !isMute(), nullptr,

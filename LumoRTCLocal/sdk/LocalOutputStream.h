@@ -4,11 +4,14 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/platform/system/UIView.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/sdk/CameraPair.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
 #include "LumoRTCLocal/sdk/LocalStream.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
@@ -73,11 +76,20 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
   bool active_ = false;
 };
 
-/// The camera.
+/// The camera: a front and a back one, of which one is in use.
 class LocalCamera : public LocalStream<LMRTCCameraVideoOutputStream>, public LocalOutput {
  public:
+  /// @param cameras  whose position is set
   LocalCamera(const std::string& userId, std::shared_ptr<CameraPipeline> pipeline,
-              std::shared_ptr<MediaServer> server);
+              std::shared_ptr<CameraPair> cameras, std::shared_ptr<MediaServer> server);
+
+  /// At the engine's end: takes view and callback away and brings camera, orientation, focus and exposure
+  /// back to where they start.
+  void reset();
+
+  /// Where focus and exposure were set last, in the coordinates of the preview; nothing before.
+  std::optional<UIPoint> focusPosition() const { return focus_.get(); }
+  std::optional<UIPoint> exposurePosition() const { return exposure_.get(); }
 
   void setIsMute(bool mute) override;
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override;
@@ -86,18 +98,26 @@ class LocalCamera : public LocalStream<LMRTCCameraVideoOutputStream>, public Loc
   void setTinyVideoConfig(const LMRTCVideoStreamConfig& config) override;
   void setEnableTinyStream(bool enabled) override;
   void setIsEncoderMirror(bool mirror) override;
+  /// The callback sees the pictures of the published camera, also when nobody has subscribed. What it returns
+  /// is mirrored, scaled and sent, with the time at which the picture was captured; the preview shows what
+  /// was captured.
+  void setVideoSendBufferCallback(SendBufferCallback callback) override;
+  /// A stopped camera captures nothing: neither the preview nor the other members get pictures.
+  void startCapture() override;
+  void stopCapture() override;
+  void setCameraPosition(std::int64_t position) override;
+  std::int64_t cameraPosition() const override;
+  void switchCamera() override;
+  bool isCameraFocusSupported() const override { return true; }
+  bool isCameraExposurePositionSupported() const override { return true; }
+  /// Kept, without effect on the pictures.
+  void setCameraFocusPositionInPreview(const UIPoint& point) override { focus_.set(point); }
+  void setCameraExposurePositionInPreview(const UIPoint& point) override { exposure_.set(point); }
+  /// Pictures are sent as they are captured, with the rotation that turns them upright. Numbers beyond 0 to 3
+  /// change nothing.
+  void setVideoOrientation(std::int64_t orientation) override;
+
   // Not supported yet: without effect.
-  void setVideoSendBufferCallback(SendBufferCallback /*callback*/) override {}
-  void startCapture() override {}
-  void stopCapture() override {}
-  void setCameraPosition(std::int64_t /*position*/) override {}
-  std::int64_t cameraPosition() const override { return LMRTCDeviceCameraFront; }
-  void switchCamera() override {}
-  bool isCameraFocusSupported() const override { return false; }
-  bool isCameraExposurePositionSupported() const override { return false; }
-  void setCameraFocusPositionInPreview(const UIPoint& /*point*/) override {}
-  void setCameraExposurePositionInPreview(const UIPoint& /*point*/) override {}
-  void setVideoOrientation(std::int64_t /*orientation*/) override {}
   bool setWaterMark(const std::shared_ptr<const UIImage>& /*image*/, const UIRect& /*position*/) override {
     return false;
   }
@@ -107,7 +127,10 @@ class LocalCamera : public LocalStream<LMRTCCameraVideoOutputStream>, public Loc
 
  private:
   const std::shared_ptr<CameraPipeline> pipeline_;
+  const std::shared_ptr<CameraPair> cameras_;
   const std::shared_ptr<MediaServer> server_;
+  Cell<std::optional<UIPoint>> focus_;
+  Cell<std::optional<UIPoint>> exposure_;
 };
 
 }  // namespace lumo

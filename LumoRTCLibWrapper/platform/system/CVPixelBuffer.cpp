@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLibWrapper/util/LMIWRecycler.h"
 
 namespace {
 
@@ -70,7 +71,8 @@ CVPixelBufferRef CVPixelBuffer::createBGRA(std::size_t width, std::size_t height
 }
 
 CVPixelBufferRef CVPixelBuffer::wrap(std::shared_ptr<const LumoRTCI420Buffer> picture) {
-  return picture ? std::make_shared<PlanarBuffer>(std::move(picture)) : nullptr;
+  static const auto recycler = std::make_shared<lumo::Recycler>();
+  return picture ? lumo::makeRecycled<PlanarBuffer>(recycler, std::move(picture)) : nullptr;
 }
 
 void CVPixelBuffer::setFactory(Factory factory) {

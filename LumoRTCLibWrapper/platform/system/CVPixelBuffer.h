@@ -39,7 +39,7 @@ class CVPixelBuffer {
   static CVPixelBufferRef createBGRA(std::size_t width, std::size_t height, const Attributes& attributes);
 
   /// A planar buffer over the planes of `picture`, without a copy; shares its ownership. The planes must not
-  /// be written.
+  /// be written. A steady flow of buffers allocates nothing.
   static CVPixelBufferRef wrap(std::shared_ptr<const LumoRTCI420Buffer> picture);
 
   /// Replaces what `createBGRA` makes, for example by buffers that the GPU shares; empty brings the default
