@@ -78,7 +78,7 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   static std::shared_ptr<LMRTCIWEngine> create(const std::shared_ptr<LMRTCIWEngineSetup>& setup);
 
   explicit LMRTCIWEngine(PrivateKey);
-  ~LMRTCIWEngine();
+  ~LMRTCIWEngine() override;
   LMRTCIWEngine(const LMRTCIWEngine&) = delete;
   LMRTCIWEngine& operator=(const LMRTCIWEngine&) = delete;
 

@@ -280,6 +280,7 @@ void LMRTCIWEngine::reportPublished(const std::string& roomId, const InputStream
 }
 
 void LMRTCIWEngine::reportPublishedState(const std::string& roomId, const LMRTCInputStream& stream) const {
+  if (stream.mediaType() != kAudio && stream.mediaType() != kVideo) return;
   const bool disabled = stream.resourceState() == LMRTCResourceStateDisabled;
   if (isNormal(stream)) {
     announce(&Delegate::onRemoteStateChanged, "onRemoteStateChanged", "room:%@,userId:%@,type:%@,disabled:%@",

@@ -23,12 +23,15 @@ class FormatValue {
  public:
   /// An absent value; prints "(null)".
   FormatValue(std::nullopt_t) {}
-  /// A number; booleans print as 0 and 1, enumerations as their number.
-  template <class T>
-  requires std::integral<T> || std::is_enum_v<T> FormatValue(T value)
-      : kind_(std::is_signed_v<T> ? Kind::kSigned : Kind::kUnsigned) {
+  /// A number; booleans print as 0 and 1.
+  template <std::integral T>
+  FormatValue(T value) : kind_(std::is_signed_v<T> ? Kind::kSigned : Kind::kUnsigned) {
     integer_ = static_cast<std::int64_t>(value);
   }
+  /// An enumeration; prints as its number.
+  template <class T>
+  requires std::is_enum_v<T> FormatValue(T value)
+      : FormatValue(static_cast<std::underlying_type_t<T>>(value)) {}
   /// A number, printed with the fewest digits that read back as the same value.
   FormatValue(double value) : kind_(Kind::kDouble), double_(value) {}
   FormatValue(const char* text) : FormatValue(std::string_view(text)) {}

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <set>
+#include <source_location>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -55,6 +56,51 @@ void forEachCallback(LMRTCIWEngineDelegate& host, const Visitor& visit) {
   LUMO_VISIT(onLiveMixUnsubscribed);
   LUMO_VISIT(onSeiReceived);
   LUMO_VISIT(onLiveMixSeiReceived);
+  LUMO_VISIT(onLiveMixInnerCdnStreamEnabled);
+  LUMO_VISIT(onAudioEffectCreated);
+  LUMO_VISIT(onCustomStreamPublished);
+  LUMO_VISIT(onCustomStreamUnpublished);
+  LUMO_VISIT(onCustomStreamSubscribed);
+  LUMO_VISIT(onCustomStreamUnsubscribed);
+  LUMO_VISIT(onJoinSubRoomRequested);
+  LUMO_VISIT(onJoinSubRoomRequestCanceled);
+  LUMO_VISIT(onJoinSubRoomRequestResponded);
+  LUMO_VISIT(onJoinSubRoomRequestReceived);
+  LUMO_VISIT(onCancelJoinSubRoomRequestReceived);
+  LUMO_VISIT(onJoinSubRoomRequestResponseReceived);
+  LUMO_VISIT(onSubRoomJoined);
+  LUMO_VISIT(onCameraEnabled);
+  LUMO_VISIT(onCameraSwitched);
+  LUMO_VISIT(onLiveMixLayoutModeSet);
+  LUMO_VISIT(onLiveMixRenderModeSet);
+  LUMO_VISIT(onLiveMixBackgroundColorSet);
+  LUMO_VISIT(onLiveMixCustomLayoutsSet);
+  LUMO_VISIT(onLiveMixCustomAudiosSet);
+  LUMO_VISIT(onLiveMixAudioBitrateSet);
+  LUMO_VISIT(onLiveMixVideoBitrateSet);
+  LUMO_VISIT(onLiveMixVideoResolutionSet);
+  LUMO_VISIT(onLiveMixVideoFpsSet);
+  LUMO_VISIT(onLiveCdnAdded);
+  LUMO_VISIT(onLiveCdnRemoved);
+  LUMO_VISIT(onLiveMixInnerCdnStreamSubscribed);
+  LUMO_VISIT(onLiveMixInnerCdnStreamUnsubscribed);
+  LUMO_VISIT(onLocalLiveMixInnerCdnVideoResolutionSet);
+  LUMO_VISIT(onLocalLiveMixInnerCdnVideoFpsSet);
+  LUMO_VISIT(onLiveRoleSwitched);
+  LUMO_VISIT(onAudioMixingStarted);
+  LUMO_VISIT(onAudioMixingPaused);
+  LUMO_VISIT(onAudioMixingResume);
+  LUMO_VISIT(onAudioMixingStopped);
+  LUMO_VISIT(onAudioMixingProgressReported);
+  LUMO_VISIT(onAudioMixingFinished);
+  LUMO_VISIT(onCustomStreamPublishFinished);
+  LUMO_VISIT(onSubRoomLeft);
+  LUMO_VISIT(onSubRoomDisband);
+  LUMO_VISIT(onWatermarkSet);
+  LUMO_VISIT(onWatermarkRemoved);
+  LUMO_VISIT(onNetworkProbeStarted);
+  LUMO_VISIT(onNetworkProbeStopped);
+  LUMO_VISIT(onSeiEnabled);
 #undef LUMO_VISIT
 }
 
@@ -129,6 +175,16 @@ class EngineTest : public ::testing::Test {
     });
     host = listener;
     engine->setEngineDelegate(listener);
+  }
+
+  /// Checks the outcome of a call, an operation of the engine or an answer of the SDK, and its whole trace.
+  template <class Outcome>
+  void expect(std::type_identity_t<Outcome> expected, const Outcome& actual,
+              const std::vector<std::string>& lines,
+              const std::source_location& place = std::source_location::current()) const {
+    const ::testing::ScopedTrace scope(place.file_name(), static_cast<int>(place.line()), "");
+    EXPECT_EQ(expected, actual);
+    EXPECT_EQ(Trace::text(lines), trace->take());
   }
 
   /// Joins "r1" and forgets the trace of it.

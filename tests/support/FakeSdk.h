@@ -244,8 +244,10 @@ class Camera : public Stream<LMRTCCameraVideoOutputStream> {
 class FileOutput : public Stream<LMRTCFileVideoOutputStream> {
  public:
   FileOutput(Shared context, std::string tag)
-      : Stream(std::move(context),
-               {.userId = "me", .tag = std::move(tag), .mediaType = LMRTCMediaTypeVideo}) {}
+      : Stream(std::move(context), {.userId = "me",
+                                    .tag = std::move(tag),
+                                    .mediaType = LMRTCMediaTypeVideo,
+                                    .kind = LMRTCMediaStreamTypeCustom}) {}
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>&) override { call("setVideoView"); }
   void setVideoConfig(const LMRTCVideoStreamConfig&) override { call("setVideoConfig"); }
   void setVideoSendBufferCallback(SendBufferCallback callback) override {

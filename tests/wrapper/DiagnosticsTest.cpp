@@ -1,0 +1,122 @@
+#include <functional>
+
+#include "LumoRTCLibWrapper/engine/LMRTCIWNetworkProbeDelegate.h"
+#include "tests/support/EngineTest.h"
+
+namespace lumo {
+namespace {
+
+using DiagnosticsTest = EngineTest;
+
+constexpr auto kDestroyed = LMRTCWrapperCodeEngineDestroyed;
+
+TEST_F(DiagnosticsTest, AWatermarkIsReportedOnTheMainQueue) {
+  const auto image = std::make_shared<UIImage>();
+  expect(LMRTCWrapperCodeParameterError, engine->setWatermark(nullptr, 1, 2, 3),
+         {"T setWatermark image:0, x:1, y:2, zoom:3", "E setWatermark msg:image is nil"});
+  expect(0, engine->setWatermark(image, 0.5, 2, 3),
+         {"T setWatermark image:1, x:0.5, y:2, zoom:3", "sdk me_cam.setWaterMark image 0.5,2 3x0",
+          "R setWatermark callback:onWatermarkSet, code:0, msg: Success"});
+  sdk->engine->camera->supported = false;
+  expect(0, engine->removeWatermark(),
+         {"T removeWatermark", "sdk me_cam.setWaterMark nil 0,0 0x0",
+          "E removeWatermark callback:onWatermarkRemoved, code:-22, msg: Set or remove WaterMark error"});
+  MainQueue::runPending();
+  EXPECT_TRACE("host onWatermarkSet 0 Success", "host onWatermarkRemoved -22 Set or remove WaterMark error");
+}
+
+TEST_F(DiagnosticsTest, EachOperationAsksForTheEngineFirst) {
+  using Engine = LMRTCIWEngine;
+  const auto observer = std::make_shared<LMRTCIWNetworkProbeDelegate>();
+  struct Call {
+    std::function<std::int64_t(Engine&)> call;
+    std::vector<std::string> entry;
+    std::string method;
+    std::vector<std::string> sent;
+  };
+  const std::vector<Call> calls = {
+      {[](Engine& e) { return e.startEchoTest(3); },
+       {"T startEchoTest timeInterval:3"},
+       "startEchoTest",
+       {"sdk startEchoTest 3"}},
+      {[](Engine& e) { return e.stopEchoTest(); }, {"T stopEchoTest"}, "stopEchoTest", {"sdk stopEchoTest"}},
+      {[&](Engine& e) { return e.startNetworkProbe(observer); },
+       {"T startRTCProbeTest delegate:1"},
+       "startNetworkProbe",
+       {"sdk setProbeTestDelegate engine", "sdk startRTCProbeTest"}},
+      {[](Engine& e) { return e.stopNetworkProbe(); },
+       {},
+       "stopNetworkProbe",
+       {"sdk setProbeTestDelegate nil", "sdk stopRTCProbeTest"}},
+      {[](Engine& e) { return e.preconnectToMediaServer(); },
+       {},
+       "preconnectToMediaServer",
+       {"sdk preconnectMediaServer"}},
+      {[](Engine& e) { return e.enableSei(true); }, {}, "enableSei", {"sdk setEnableSEI 1"}},
+      {[](Engine& e) { return e.sendSei("hi"); }, {}, "sendSei", {"sdk sendSEI hi"}},
+  };
+  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->enableSei(true),
+         {"E enableSei msg:room is nil or localUser is nil"});
+  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->sendSei("hi"),
+         {"E sendSei msg:room is nil or localUser is nil"});
+  expect(LMRTCWrapperCodeParameterError, engine->startNetworkProbe(nullptr),
+         {"T startRTCProbeTest delegate:0", "E startNetworkProbe msg:rtcEngine is nil"});
+  join();
+  for (const auto& c : calls) {
+    auto lines = c.entry;
+    lines.insert(lines.end(), c.sent.begin(), c.sent.end());
+    expect(0, c.call(*engine), lines);
+  }
+  expect(true, sdk->complete(), {"host onNetworkProbeStarted 0 ok"});
+  expect(true, sdk->complete(2), {"host onNetworkProbeStopped 2 sdk2"});
+  EXPECT_EQ(observer, engine->probeTestDelegate_());
+  expect(true, sdk->complete(5),
+         {"E enableSei callback:onSeiEnabled, code:5, enable:0,message:sdk5", "host onSeiEnabled 0 5 sdk5"});
+  engine->enableSei(false);
+  trace->take();
+  expect(true, sdk->complete(),
+         {"R enableSei callback:onSeiEnabled, code:0, enable:0,message:ok", "host onSeiEnabled 0 0 ok"});
+  room->me->seiAnswer = 77;
+  EXPECT_EQ(77, engine->sendSei("x"));
+  trace->take();
+
+  engine->setRtcEngine(nullptr);
+  for (const auto& c : calls) {
+    auto lines = c.entry;
+    lines.push_back("E " + c.method + " msg:rtcEngine is nil");
+    expect(kDestroyed, c.call(*engine), lines);
+  }
+  expect(kDestroyed, engine->setWatermark(nullptr, 0, 0, 1),
+         {"T setWatermark image:0, x:0, y:0, zoom:1", "E setWatermark msg:rtcEngine is nil"});
+  expect(kDestroyed, engine->removeWatermark(),
+         {"T removeWatermark", "E removeWatermark msg:rtcEngine is nil"});
+}
+
+TEST_F(DiagnosticsTest, ProbeResultsReachTheProbesListenerByDirection) {
+  const auto observer = std::make_shared<LMRTCIWNetworkProbeDelegate>();
+  const auto print = [this](const char* name) {
+    return [this, name](const LMRTCIWNetworkProbeStats& stats) {
+      trace->add(name + format(" %@ %@", {stats.description(), static_cast<double>(stats.packetLostRate)}));
+    };
+  };
+  observer->onNetworkProbeUpLinkStats = print("up");
+  observer->onNetworkProbeDownLinkStats = print("down");
+  observer->onNetworkProbeFinished = [this](std::int64_t code, const std::string& message) {
+    trace->add(format("finished %@ %@", {code, message}));
+  };
+  engine->startNetworkProbe(observer);
+  trace->take();
+  const auto events = sdk->engine->probeDelegate.get().lock();
+  events->didReportProbeForms({{1, 5, {30, 0.5F}}, {0, 1, {}}, {2, 6, {40, 0.25F}}, {3, 1, {}}});
+  events->didRTCProbeComplete();
+  events->didRTCProbeInterrput(3);
+  EXPECT_TRACE("up qualityLevel:5, rtt:30 0.5", "down qualityLevel:0, rtt:40 0.25", "finished 0 success",
+               "finished 3 sdk3");
+  *observer = {};
+  events->didReportProbeForms({{1, 1, {}}, {2, 1, {}}});
+  events->didRTCProbeComplete();
+  EXPECT_TRACE();
+}
+
+}  // namespace
+}  // namespace lumo
