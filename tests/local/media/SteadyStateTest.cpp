@@ -6,7 +6,7 @@
 #include "LumoRTCLocal/media/Picture.h"
 #include "LumoRTCLocal/media/TestPicture.h"
 #include "LumoRTCLocal/media/ViewPainter.h"
-#include "tests/local/sdk/CountingNew.h"
+#include "tests/support/AllocationCount.h"
 
 namespace lumo {
 namespace {

@@ -1,5 +1,5 @@
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
-#include "tests/local/sdk/CountingNew.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/local/sdk/LocalSdkTest.h"
 
 namespace {

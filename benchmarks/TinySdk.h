@@ -1,0 +1,174 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioEffectManager.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCFileVideoOutputStream.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoom.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
+
+/// A media SDK that does next to nothing, so that what is measured in front of it is the engine. Its
+/// completions come inside the call.
+namespace lumo::tiny {
+
+/// What both kinds of streams tell about themselves.
+template <class Base>
+class Stream : public Base {
+ public:
+  Stream(const std::string& userId, std::int64_t mediaType) : userId_(userId), mediaType_(mediaType) {}
+
+  const std::string& streamId() const override { return streamId_; }
+  const std::string& userId() const override { return userId_; }
+  const std::string& tag() const override { return tag_; }
+  std::int64_t mediaType() const override { return mediaType_; }
+  std::int64_t mediaStreamType() const override { return LMRTCMediaStreamTypeNormal; }
+  void setIsMute(bool mute) override { isMute_ = mute; }
+  bool isMute() const override { return isMute_; }
+
+ private:
+  const std::string userId_;
+  const std::string tag_ = kLMRTCDefaultStreamTag;
+  const std::string streamId_ = userId_ + "_" + tag_;
+  const std::int64_t mediaType_;
+  bool isMute_ = false;
+};
+
+class Microphone : public Stream<LMRTCAudioOutputStream> {
+ public:
+  Microphone() : Stream("me", LMRTCMediaTypeAudio) {}
+
+  void setAudioQuality(std::int64_t quality, std::int64_t scenario) override {
+    quality_ = quality;
+    scenario_ = scenario;
+  }
+  void setRecordingVolume(std::uint64_t volume) override { volume_ = volume; }
+  void setAudioCodecType(std::int64_t) override {}
+  void setMicrophoneDisable(bool) override {}
+  void setRecordAudioDataCallback(LMRTCAudioDataCallback) override {}
+  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback) override {}
+
+ private:
+  std::int64_t quality_ = 0;
+  std::int64_t scenario_ = 0;
+  std::uint64_t volume_ = 0;
+};
+
+class Input : public Stream<LMRTCInputStream> {
+ public:
+  using Stream::Stream;
+  std::int64_t resourceState() const override { return LMRTCResourceStateNormal; }
+  void setAudioDataCallback(LMRTCAudioDataCallback) override {}
+};
+
+class RemoteUser : public LMRTCRemoteUser {
+ public:
+  explicit RemoteUser(const std::string& userId)
+      : userId_(userId),
+        streams_{std::make_shared<Input>(userId, LMRTCMediaTypeAudio),
+                 std::make_shared<Input>(userId, LMRTCMediaTypeVideo)} {}
+
+  std::optional<std::string> userId() const override { return userId_; }
+  std::vector<std::shared_ptr<LMRTCInputStream>> remoteStreams() const override { return streams_; }
+
+ private:
+  const std::string userId_;
+  const std::vector<std::shared_ptr<LMRTCInputStream>> streams_;
+};
+
+/// A room full of users with a microphone and a camera each.
+class Room : public LMRTCRoom {
+ public:
+  explicit Room(std::int64_t userCount) {
+    for (std::int64_t i = 0; i < userCount; ++i) {
+      users_.push_back(std::make_shared<RemoteUser>("user-" + std::to_string(100'000 + i)));
+    }
+  }
+
+  std::shared_ptr<LMRTCRoomEventDelegate> events() const { return delegate_.lock(); }
+
+  const std::string& roomId() const override { return roomId_; }
+  std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override { return users_; }
+  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(const std::string&) const override { return nullptr; }
+  void setDelegate(std::weak_ptr<LMRTCRoomEventDelegate> delegate) override {
+    delegate_ = std::move(delegate);
+  }
+  std::string sessionId() const override { return {}; }
+  std::shared_ptr<LMRTCLocalUser> localUser() const override { return nullptr; }
+  std::vector<std::string> otherRoomIdArray() const override { return {}; }
+  void muteAllRemoteAudio(bool) override {}
+  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback) override {}
+  std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return {}; }
+  std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return nullptr; }
+
+ private:
+  const std::string roomId_ = "room";
+  std::vector<std::shared_ptr<LMRTCRemoteUser>> users_;
+  std::weak_ptr<LMRTCRoomEventDelegate> delegate_;
+};
+
+class Engine : public LMRTCEngine {
+ public:
+  /// What `joinRoom` answers with.
+  std::shared_ptr<Room> room;
+
+  void setDelegate(std::weak_ptr<LMRTCEngineEventDelegate>) override {}
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate>) override {}
+  void setMediaServerUrl(const std::string&) override {}
+  void initWithConfig(const LMRTCConfig&) override {}
+  void unInit() override {}
+  void joinRoom(const std::string&, const LMRTCRoomConfig&, JoinCompletion completion) override {
+    completion(0, room);
+  }
+  void leaveRoom(Completion) override {}
+  void joinOtherRoom(const std::string&, JoinOtherCompletion) override {}
+  void leaveOtherRoom(const std::string&, bool, LeaveOtherCompletion) override {}
+  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
+      const std::string&, bool, bool, const std::string&, const LMRTCVideoStreamConfig&) override {
+    return nullptr;
+  }
+  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return nullptr; }
+  void startEchoTest(double) override {}
+  void stopEchoTest() override {}
+  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate>) override {}
+  void startRTCProbeTest(Completion) override {}
+  void stopRTCProbeTest(Completion) override {}
+  void preconnectMediaServer() override {}
+  void enableSpeaker(bool) override {}
+  std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
+  std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return nullptr; }
+
+ private:
+  const std::shared_ptr<Microphone> microphone_ = std::make_shared<Microphone>();
+};
+
+class Provider : public LMRTCProvider {
+ public:
+  const std::shared_ptr<Engine> engine = std::make_shared<Engine>();
+
+  std::shared_ptr<LMRTCEngine> sharedEngine() override { return engine; }
+  std::shared_ptr<LMRTCAudioMixer> sharedAudioMixer() override { return nullptr; }
+  double durationOfAudioFile(const std::string&) override { return 0; }
+  std::string codeDesc(std::int64_t) override { return {}; }
+  std::shared_ptr<LMRTCVideoView> createVideoView(const UIRect&) override { return nullptr; }
+  void i420Rotate(const std::uint8_t*, std::int32_t, const std::uint8_t*, std::int32_t, const std::uint8_t*,
+                  std::int32_t, std::uint8_t*, std::int32_t, std::uint8_t*, std::int32_t, std::uint8_t*,
+                  std::int32_t, std::int32_t, std::int32_t, std::int32_t) override {}
+  void i420ToARGB(const std::uint8_t*, std::int32_t, const std::uint8_t*, std::int32_t, const std::uint8_t*,
+                  std::int32_t, std::uint8_t*, std::int32_t, std::int32_t, std::int32_t) override {}
+};
+
+}  // namespace lumo::tiny
