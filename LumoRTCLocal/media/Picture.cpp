@@ -28,15 +28,6 @@ void copyInto(const I420View& from, std::int32_t height, LumoRTCI420Buffer& to) 
                    height);
 }
 
-/// Scales `from` into the part of `to` inside `rect`.
-void scaleInto(const I420View& from, LumoRTCI420Buffer& to, const PixelRect& rect) {
-  libyuv::I420Scale(from.y, from.strideY, from.u, from.strideU, from.v, from.strideV, from.width, from.height,
-                    to.mutableDataY() + rect.y * to.strideY() + rect.x, to.strideY(),
-                    to.mutableDataU() + rect.y / 2 * to.strideU() + rect.x / 2, to.strideU(),
-                    to.mutableDataV() + rect.y / 2 * to.strideV() + rect.x / 2, to.strideV(), rect.width,
-                    rect.height, libyuv::kFilterBox);
-}
-
 void fillBlack(LumoRTCI420Buffer& picture, const PixelRect& rect) {
   if (rect.width < 1 || rect.height < 1) return;
   const std::int32_t left = even(rect.x);
@@ -82,6 +73,14 @@ PixelRect aspectFit(std::int32_t width, std::int32_t height, std::int32_t outerW
   return {even((outerWidth - fitWidth) / 2), even((outerHeight - fitHeight) / 2), fitWidth, fitHeight};
 }
 
+void drawScaled(const I420View& from, LumoRTCI420Buffer& to, const PixelRect& rect) {
+  libyuv::I420Scale(from.y, from.strideY, from.u, from.strideU, from.v, from.strideV, from.width, from.height,
+                    to.mutableDataY() + rect.y * to.strideY() + rect.x, to.strideY(),
+                    to.mutableDataU() + rect.y / 2 * to.strideU() + rect.x / 2, to.strideU(),
+                    to.mutableDataV() + rect.y / 2 * to.strideV() + rect.x / 2, to.strideV(), rect.width,
+                    rect.height, libyuv::kFilterBox);
+}
+
 std::shared_ptr<const LumoRTCI420Buffer> scaled(const std::shared_ptr<const LumoRTCI420Buffer>& picture,
                                                 std::int32_t width, std::int32_t height, FramePool& pool) {
   if (picture->width() == width && picture->height() == height) return picture;
@@ -91,7 +90,7 @@ std::shared_ptr<const LumoRTCI420Buffer> scaled(const std::shared_ptr<const Lumo
 std::shared_ptr<const LumoRTCI420Buffer> scaled(const I420View& picture, std::int32_t width,
                                                 std::int32_t height, FramePool& pool) {
   auto result = pool.take(width, height);
-  scaleInto(picture, *result, {0, 0, width, height});
+  drawScaled(picture, *result, {0, 0, width, height});
   return result;
 }
 
@@ -102,7 +101,7 @@ std::shared_ptr<const LumoRTCI420Buffer> letterboxed(const std::shared_ptr<const
   const PixelRect inner = aspectFit(picture->width(), picture->height(), width, height);
   auto result = pool.take(width, height);
   fillBars(*result, inner);
-  scaleInto(viewOf(*picture), *result, inner);
+  drawScaled(viewOf(*picture), *result, inner);
   return result;
 }
 

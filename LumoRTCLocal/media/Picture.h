@@ -44,6 +44,9 @@ I420View cropped(const I420View& picture, const PixelRect& rect);
 PixelRect aspectFit(std::int32_t width, std::int32_t height, std::int32_t outerWidth,
                     std::int32_t outerHeight);
 
+/// Draws `from` at another size into the part of `to` inside `rect`, whose x and y must be even.
+void drawScaled(const I420View& from, LumoRTCI420Buffer& to, const PixelRect& rect);
+
 /// The picture at another size; shrinking averages the pixels that fall together, growing interpolates.
 std::shared_ptr<const LumoRTCI420Buffer> scaled(const std::shared_ptr<const LumoRTCI420Buffer>& picture,
                                                 std::int32_t width, std::int32_t height, FramePool& pool);

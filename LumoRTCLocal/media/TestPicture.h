@@ -5,17 +5,9 @@
 
 #include "LumoRTCLocal/media/FramePool.h"
 #include "LumoRTCLocal/media/VideoSource.h"
+#include "LumoRTCLocal/media/YuvColor.h"
 
 namespace lumo {
-
-/// A colour of an I420 picture.
-struct YuvColor {
-  std::uint8_t y = 16;
-  std::uint8_t u = 128;
-  std::uint8_t v = 128;
-
-  bool operator==(const YuvColor&) const = default;
-};
 
 /// The background of the test picture of one source. Numbers that differ modulo 12 differ in colour.
 YuvColor testPictureColor(std::uint32_t sourceNumber);
