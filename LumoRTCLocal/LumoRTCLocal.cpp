@@ -31,6 +31,8 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
   context->server = std::make_shared<lumo::MediaServer>(context->sdk);
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
   context->speaker = std::make_shared<lumo::Speaker>();
+  context->decoding = context->timeline->makeRunner("sound files");
+  context->files = std::make_shared<lumo::FilePlayback>(context->audio, context->speaker);
   return context;
 }
 
@@ -58,7 +60,7 @@ struct LumoRTCLocal::State {
                                                       lumo::VideoFormat())),
         engine(std::make_shared<lumo::LocalEngine>(context, camera, cameras,
                                                    lumo::ScriptedParticipant::makeTone(kLocalSource))),
-        provider(std::make_shared<lumo::LocalProvider>(engine)) {}
+        provider(std::make_shared<lumo::LocalProvider>(engine, engine->audioMixer())) {}
 
   void keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant);
 

@@ -153,9 +153,9 @@ class LumoRTCLocal {
   std::optional<UIPoint> cameraFocusPosition() const;
   std::optional<UIPoint> cameraExposurePosition() const;
 
-  /// Plays what the local user hears: the mix of all subscribed streams that are not muted, one block per 10
-  /// ms for as long as the local user is in a room and the speaker is on, on the audio thread. An empty sink
-  /// plays nothing.
+  /// Plays what the local user hears: the mix of all subscribed streams that are not muted and of the sound
+  /// files that play. One block per 10 ms while the speaker is on and the local user is in a room or a file
+  /// plays, on the audio thread. An empty sink plays nothing.
   void setSpeaker(std::function<void(const lumo::AudioBlock& block, lumo::Microseconds time)> sink);
 
   /// Puts a user into a room.

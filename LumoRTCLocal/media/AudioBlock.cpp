@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <numbers>
 
@@ -36,6 +37,10 @@ void AudioMix::add(const AudioBlock& block, double gain) {
   std::ranges::transform(sums_, block.samples, sums_.begin(), [gain](std::int32_t sum, std::int16_t sample) {
     return sum + static_cast<std::int32_t>(std::lrint(sample * gain));
   });
+}
+
+void AudioMix::add(const AudioMix& other) {
+  std::ranges::transform(sums_, other.sums_, sums_.begin(), std::plus<>());
 }
 
 void AudioMix::write(AudioBlock& out) const {

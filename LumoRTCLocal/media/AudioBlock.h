@@ -49,6 +49,7 @@ class AudioMix {
   void clear() { sums_.fill(0); }
   /// @param gain  at least 0; 1 leaves the level as it is
   void add(const AudioBlock& block, double gain = 1.0);
+  void add(const AudioMix& other);
   void write(AudioBlock& out) const;
 
  private:

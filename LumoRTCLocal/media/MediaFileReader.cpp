@@ -140,6 +140,7 @@ struct MediaFileReader::State {
   std::optional<StreamDecoder> picture;
   std::optional<StreamDecoder> sound;
   bool isDamaged = false;
+  bool isCutOff = false;
   std::optional<Microseconds> pictureGoal;  // where a seek still has to arrive
   std::optional<Microseconds> soundGoal;
 
@@ -205,7 +206,7 @@ bool MediaFileReader::State::readFor(StreamDecoder& decoder) {
     const int code = av_read_frame(format.get(), packet.get());
     if (code == AVERROR(EAGAIN)) return false;
     if (code < 0) {
-      if (code != AVERROR_EOF || endsEarly()) isDamaged = true;
+      isCutOff = code != AVERROR_EOF || endsEarly();
       if (picture) picture->end();
       if (sound) sound->end();
       return true;
@@ -221,6 +222,7 @@ bool MediaFileReader::State::readFor(StreamDecoder& decoder) {
 
 bool MediaFileReader::State::endsEarly() const {
   constexpr Microseconds kTolerance = 500ms;
+  if (format->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return false;  // only a guess
   Microseconds end{0};
   unsigned count = 0;
   for (const auto* const decoder : {&picture, &sound}) {
@@ -335,8 +337,10 @@ std::optional<MediaSound> MediaFileReader::nextSound() {
 
 bool MediaFileReader::isDamaged() const {
   const auto isHurt = [](const auto& decoder) { return decoder && decoder->isDamaged(); };
-  return state_->isDamaged || isHurt(state_->picture) || isHurt(state_->sound);
+  return state_->isDamaged || state_->isCutOff || isHurt(state_->picture) || isHurt(state_->sound);
 }
+
+bool MediaFileReader::isCutOff() const { return state_->isCutOff; }
 
 bool MediaFileReader::seek(Microseconds time) {
   if (state_->isLive) return false;

@@ -69,6 +69,9 @@ class MediaFileReader {
   /// Whether something in the data read so far was damaged or missing.
   bool isDamaged() const;
 
+  /// Whether the file has turned out to stop before the end that it announces, or could not be read on.
+  bool isCutOff() const;
+
   /// Continues with the picture that is shown at `time`, and the sound from there on. A time beyond the end
   /// gives the end. A file that cannot be sought goes back to its start and is read up to there.
   /// @return false when neither is possible, or the reader is live

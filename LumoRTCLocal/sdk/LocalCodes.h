@@ -32,6 +32,33 @@ enum LocalCode : std::int64_t {
   LocalCodeNotSupported = 1901,           ///< LumoRTCLocal does not do this yet
 };
 
+/// How the audio mixer puts the file and the microphone together.
+enum LocalMixerMode : std::int64_t {
+  LocalMixerModeLocalOnly = 0,  ///< the file is not sent
+  LocalMixerModeMix = 1,        ///< both are sent
+  LocalMixerModeReplace = 2,    ///< the file is sent in place of the microphone, except while it is paused
+};
+
+/// What the audio mixer reports that it does now.
+enum LocalMixingState : std::uint64_t {
+  LocalMixingStatePlaying = 0,
+  LocalMixingStatePaused = 1,
+  LocalMixingStateStopped = 2,
+  LocalMixingStateFailed = 3,  ///< stopped because of the file
+};
+
+/// Why the audio mixer has changed its state.
+enum LocalMixingReason : std::uint64_t {
+  LocalMixingReasonStarted = 0,
+  LocalMixingReasonPaused = 1,
+  LocalMixingReasonResumed = 2,
+  LocalMixingReasonStopped = 3,         ///< by `stop`, or the end of the session
+  LocalMixingReasonEndOfFile = 4,       ///< played to its end, as often as asked for
+  LocalMixingReasonReplaced = 5,        ///< another file was started
+  LocalMixingReasonFileCutOff = 6,      ///< the file stops before the end that it announces
+  LocalMixingReasonFileUnreadable = 7,  ///< the file cannot be read any further
+};
+
 /// The English text of a code: "Success" for 0, "Unknown code" for what is not in the table.
 std::string_view localCodeText(std::int64_t code);
 

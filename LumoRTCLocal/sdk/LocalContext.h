@@ -4,6 +4,7 @@
 #include <string>
 
 #include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/sdk/FilePlayback.h"
 #include "LumoRTCLocal/sdk/Operations.h"
 #include "LumoRTCLocal/sdk/Speaker.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
@@ -20,6 +21,8 @@ struct LocalContext {
   std::shared_ptr<MediaServer> server;
   std::shared_ptr<AudioExchange> audio;
   std::shared_ptr<Speaker> speaker;
+  std::shared_ptr<Runner> decoding;  ///< decodes the sound of files
+  std::shared_ptr<FilePlayback> files;
 };
 
 }  // namespace lumo

@@ -13,9 +13,11 @@ LocalEngine::LocalEngine(std::shared_ptr<const LocalContext> context, std::share
     : context_(std::move(context)),
       pipeline_(std::move(camera)),
       microphone_(std::make_shared<LocalMicrophone>(context_->userId, std::move(microphone), context_->server,
-                                                    context_->audio)),
+                                                    context_->audio, context_->files)),
       camera_(
-          std::make_shared<LocalCamera>(context_->userId, pipeline_, std::move(cameras), context_->server)) {}
+          std::make_shared<LocalCamera>(context_->userId, pipeline_, std::move(cameras), context_->server)),
+      mixer_(std::make_shared<LocalAudioMixer>(context_->sdk, context_->decoding, context_->files)),
+      effects_(std::make_shared<LocalAudioEffectManager>(context_->decoding, context_->files)) {}
 
 LocalEngine::~LocalEngine() { unInit(); }
 
@@ -32,6 +34,8 @@ void LocalEngine::initWithConfig(const LMRTCConfig& /*config*/) {
 }
 
 void LocalEngine::unInit() {
+  mixer_->stop();
+  effects_->stopAllEffects();
   std::shared_ptr<LocalRoom> room;
   {
     const std::lock_guard lock(mutex_);

@@ -8,13 +8,15 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLocal/sdk/LocalAudioEffectManager.h"
+#include "LumoRTCLocal/sdk/LocalAudioMixer.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalOutputStream.h"
 #include "LumoRTCLocal/sdk/LocalRoom.h"
 
 namespace lumo {
 
-/// The SDK's engine: the microphone, the camera and the joined room.
+/// The SDK's engine: the microphone, the camera, the sound files and the joined room.
 class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<LocalEngine> {
  public:
   /// @param camera   what the camera stream captures with
@@ -29,8 +31,8 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   /// The config is without effect: nothing in this process is lost, encrypted or mixed with other
   /// applications.
   void initWithConfig(const LMRTCConfig& config) override;
-  /// Also takes the callbacks of microphone, camera and room away and brings the devices back to where they
-  /// start.
+  /// Also stops what plays from files, takes the callbacks of microphone, camera and room away and brings the
+  /// devices back to where they start.
   void unInit() override;
   void joinRoom(const std::string& roomId, const LMRTCRoomConfig& config, JoinCompletion completion) override;
   void leaveRoom(Completion completion) override;
@@ -39,6 +41,8 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   const LocalCamera& camera() const { return *camera_; }
 
   void enableSpeaker(bool enabled) override { context_->speaker->setEnabled(enabled); }
+  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
+  const std::shared_ptr<LocalAudioMixer>& audioMixer() const { return mixer_; }
 
   // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
   void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
@@ -48,7 +52,6 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
       const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
       const LMRTCVideoStreamConfig& config) override;
-  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return nullptr; }
   void startEchoTest(double /*seconds*/) override {}
   void stopEchoTest() override {}
   void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> /*delegate*/) override {}
@@ -67,6 +70,8 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   const std::shared_ptr<CameraPipeline> pipeline_;
   const std::shared_ptr<LocalMicrophone> microphone_;
   const std::shared_ptr<LocalCamera> camera_;
+  const std::shared_ptr<LocalAudioMixer> mixer_;
+  const std::shared_ptr<LocalAudioEffectManager> effects_;
   Cell<std::weak_ptr<LMRTCEngineEventDelegate>> delegate_;
 
   std::mutex mutex_;  ///< guards the room, together with the session it was joined in

@@ -25,10 +25,12 @@ VideoFormat configured(const VideoFormat& present, const LMRTCVideoStreamConfig&
 
 }  // namespace
 
-/// The captured sound at the recording volume: one block per tick, whoever takes it.
+/// The captured sound at the recording volume and the files that go with it: one block per tick, whoever
+/// takes it.
 class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
  public:
-  explicit Capture(std::unique_ptr<AudioSource> source) : source_(std::move(source)) {}
+  Capture(std::unique_ptr<AudioSource> source, std::shared_ptr<FilePlayback> files)
+      : source_(std::move(source)), files_(std::move(files)) {}
 
   void setVolume(std::uint64_t volume) { volume_.store(volume, std::memory_order_relaxed); }
 
@@ -39,11 +41,16 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
   AudioTap& sendTap() { return sendTap_; }
 
   void audioTickBegins(Microseconds time) override {
-    hasSound_ = enabled_.load(std::memory_order_relaxed);
+    const bool isCaptured = enabled_.load(std::memory_order_relaxed);
+    if (isCaptured) {
+      source_->read(block_);
+      applyVolume();
+      recordTap_.deliver(block_, time);
+    } else {
+      block_.samples.fill(0);
+    }
+    hasSound_ = files_->publish(block_, time) || isCaptured;
     if (!hasSound_) return;
-    source_->read(block_);
-    applyVolume();
-    recordTap_.deliver(block_, time);
     const auto target = target_.get().lock();
     if (target && target->isEnabled()) sendTap_.deliver(block_, time);
   }
@@ -64,6 +71,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
   }
 
   const std::unique_ptr<AudioSource> source_;
+  const std::shared_ptr<FilePlayback> files_;
   std::atomic<std::uint64_t> volume_{kFullVolume};
   std::atomic<bool> enabled_{true};
   Cell<std::weak_ptr<Publication>> target_;  ///< what is sent; weak, as it owns the capture
@@ -77,9 +85,10 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
 };
 
 LocalMicrophone::LocalMicrophone(const std::string& userId, std::unique_ptr<AudioSource> tone,
-                                 std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange)
+                                 std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange,
+                                 std::shared_ptr<FilePlayback> files)
     : LocalStream(defaultStream(userId, LMRTCMediaTypeAudio)),
-      capture_(std::make_shared<Capture>(std::move(tone))),
+      capture_(std::make_shared<Capture>(std::move(tone), std::move(files))),
       server_(std::move(server)),
       exchange_(std::move(exchange)) {}
 

@@ -13,6 +13,7 @@
 #include "LumoRTCLocal/media/AudioBlock.h"
 #include "LumoRTCLocal/sdk/CameraPair.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
+#include "LumoRTCLocal/sdk/FilePlayback.h"
 #include "LumoRTCLocal/sdk/LocalStream.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
 #include "LumoRTCLocal/server/MediaServer.h"
@@ -36,12 +37,15 @@ class LocalOutput {
   Cell<std::shared_ptr<Publication>> publication_;
 };
 
-/// The microphone: a tone, at the recording volume. It captures while it is published or watched.
+/// The microphone: a tone, at the recording volume, sent together with the sound files that are published. It
+/// captures while it is published or watched.
 class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public LocalOutput {
  public:
-  /// @param tone  what the microphone hears
+  /// @param tone   what the microphone hears
+  /// @param files  what is sent with it
   LocalMicrophone(const std::string& userId, std::unique_ptr<AudioSource> tone,
-                  std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange);
+                  std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange,
+                  std::shared_ptr<FilePlayback> files);
 
   /// Between the engine's initialisation and its end. The end also takes the callbacks away and switches the
   /// microphone on again.
@@ -53,8 +57,8 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
   void setRecordingVolume(std::uint64_t volume) override;
   /// Without effect, as setAudioQuality.
   void setAudioCodecType(std::int64_t type) override;
-  /// While it is disabled nothing is captured and nothing is sent, not even silence; the other members are
-  /// not told.
+  /// While it is disabled nothing is captured, and but for sound files nothing is sent, not even silence; the
+  /// other members are not told.
   void setMicrophoneDisable(bool disabled) override;
   /// What is captured, at the recording volume: also when it is muted or not published.
   void setRecordAudioDataCallback(LMRTCAudioDataCallback callback) override;

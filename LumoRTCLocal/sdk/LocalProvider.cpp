@@ -3,6 +3,8 @@
 #include <libyuv/convert_argb.h>
 #include <libyuv/rotate.h>
 
+#include "LumoRTCLocal/media/AudioFilePlayer.h"
+#include "LumoRTCLocal/media/FileUrl.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
 
@@ -12,6 +14,10 @@ std::string LocalProvider::codeDesc(std::int64_t code) { return std::string(loca
 
 std::shared_ptr<LMRTCVideoView> LocalProvider::createVideoView(const UIRect& frame) {
   return std::make_shared<LocalVideoView>(frame);
+}
+
+double LocalProvider::durationOfAudioFile(const std::string& url) {
+  return std::chrono::duration<double>(AudioFilePlayer::durationOf(pathOfUrl(url))).count();
 }
 
 void LocalProvider::i420Rotate(const std::uint8_t* srcY, std::int32_t srcStrideY, const std::uint8_t* srcU,

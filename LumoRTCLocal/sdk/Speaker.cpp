@@ -8,10 +8,20 @@ void Speaker::setSink(Sink sink) {
   sink_.set(sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr);
 }
 
+void Speaker::addLocal(const AudioMix& mix) {
+  local_ = mix;
+  hasLocal_ = true;
+}
+
 void Speaker::audioTick(Microseconds time) {
+  if (std::exchange(playedTime_, time) == time) return;
   mix_.write(block_);
-  mix_.clear();
   receivedTap_.deliver(block_, time);
+  if (std::exchange(hasLocal_, false)) {
+    mix_.add(local_);
+    mix_.write(block_);
+  }
+  mix_.clear();
   if (!enabled_.load(std::memory_order_relaxed)) return;
   if (const auto sink = sink_.get()) (*sink)(block_, time);
 }

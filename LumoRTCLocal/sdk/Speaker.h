@@ -11,8 +11,8 @@
 
 namespace lumo {
 
-/// What the local user receives and hears: the mix of the streams that are played. While it listens to the
-/// audio exchange, its tap and its sink get a block every 10 ms, silence included.
+/// What the local user receives and hears: the mix of the streams and files that are played. While it listens
+/// to the audio exchange, its tap and its sink get a block every 10 ms, silence included.
 class Speaker : public AudioTickListener {
  public:
   using Sink = std::function<void(const AudioBlock& block, Microseconds time)>;
@@ -28,8 +28,11 @@ class Speaker : public AudioTickListener {
   /// Listens to the mix of everything that is received, whether or not it is played.
   AudioTap& receivedTap() { return receivedTap_; }
 
-  /// Audio runner only: adds to the block that is being mixed.
+  /// Audio runner only: adds something received to the block that is being mixed.
   void add(const AudioBlock& block) { mix_.add(block); }
+  /// Audio runner only: adds something that the local user plays.
+  void addLocal(const AudioMix& mix);
+  /// Plays the block. More calls for the same time do nothing, as several may keep the speaker going.
   void audioTick(Microseconds time) override;
 
  private:
@@ -38,7 +41,10 @@ class Speaker : public AudioTickListener {
   AudioTap receivedTap_;
   Cell<std::shared_ptr<const Sink>> sink_;
   AudioMix mix_;  // audio runner only, as the block
+  AudioMix local_;
   AudioBlock block_;
+  bool hasLocal_ = false;
+  Microseconds playedTime_{-1};
 };
 
 }  // namespace lumo
