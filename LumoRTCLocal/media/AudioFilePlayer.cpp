@@ -54,6 +54,7 @@ class AudioFilePlayer::Decoder {
       if (rest_.empty() && !readOn()) {
         const Read outcome = startNextPass();
         if (outcome == Read::sound) continue;
+        end = isPassOver_ ? duration() : restEnd_;
         if (filled == 0) return outcome;
         std::fill(block.samples.begin() + static_cast<std::ptrdiff_t>(filled), block.samples.end(),
                   std::int16_t{0});
@@ -155,7 +156,7 @@ bool AudioFilePlayer::take(std::uint64_t seeks, AudioBlock& block) {
   if (isThere) {
     const Slot& slot = slots_[taken++ % kSlots];
     outcome_ = slot.kind;
-    position_ = outcome_ == Read::sound ? slot.end : position_;
+    position_ = slot.end;
     block = slot.block;
     hasBegun_ = true;
   } else if (hasBegun_) {

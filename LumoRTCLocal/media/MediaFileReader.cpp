@@ -255,8 +255,11 @@ bool MediaFileReader::State::seekInput(Microseconds time) {
   if (format->iformat->flags & AVFMT_NOTIMESTAMPS) return false;
   const AVStream& stream = (picture ? *picture : *sound).stream();
   const std::int64_t start = format->start_time == AV_NOPTS_VALUE ? 0 : format->start_time;
+  // Compressed sound needs what comes before to sound as it should; without pictures there is room for that.
+  const Microseconds leadIn = picture ? Microseconds(0) : std::min<Microseconds>(time, 100ms);
   // Rounded down: the nearest tick of a coarse clock may lie beyond the picture that is wanted.
-  const std::int64_t tick = av_rescale_q_rnd(start + time.count(), kTicks, stream.time_base, AV_ROUND_DOWN);
+  const std::int64_t tick =
+      av_rescale_q_rnd(start + (time - leadIn).count(), kTicks, stream.time_base, AV_ROUND_DOWN);
   if (av_seek_frame(format.get(), stream.index, tick, AVSEEK_FLAG_BACKWARD) < 0) return false;
   if (picture) picture->flush();
   if (sound) sound->flush();

@@ -6,6 +6,7 @@ extern "C" {
 #include <libavutil/display.h>
 }
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -115,6 +116,78 @@ void writeSound(AVFormatContext& format, const Clip& clip) {
   }
 }
 
+/// Encodes one frame, or what is left, and writes what comes out.
+void encode(AVFormatContext& format, AVCodecContext& encoder, const AVFrame* frame) {
+  require(avcodec_send_frame(&encoder, frame) == 0, "encode");
+  const ffmpeg::Packet packet(av_packet_alloc());
+  while (avcodec_receive_packet(&encoder, packet.get()) == 0) {
+    packet->stream_index = 0;
+    av_packet_rescale_ts(packet.get(), encoder.time_base, format.streams[0]->time_base);
+    require(av_interleaved_write_frame(&format, packet.get()) == 0, "write");
+  }
+}
+
+ffmpeg::CodecContext openSoundEncoder(AVFormatContext& format) {
+  const bool isOgg = std::string(format.oformat->name) == "ogg";
+  const AVCodec* const codec =
+      isOgg ? avcodec_find_encoder_by_name("libvorbis") : avcodec_find_encoder(format.oformat->audio_codec);
+  ffmpeg::CodecContext encoder(avcodec_alloc_context3(codec));
+  encoder->sample_fmt = codec->sample_fmts[0];
+  encoder->sample_rate = AudioBlock::kSampleRate;
+  encoder->time_base = {1, AudioBlock::kSampleRate};
+  encoder->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
+  encoder->bit_rate = 192'000;
+  if (format.oformat->flags & AVFMT_GLOBALHEADER) encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  require(avcodec_open2(encoder.get(), codec, nullptr) == 0, "encoder");
+  AVStream* const stream = avformat_new_stream(&format, nullptr);
+  avcodec_parameters_from_context(stream->codecpar, encoder.get());
+  stream->time_base = encoder->time_base;
+  return encoder;
+}
+
+std::vector<std::int16_t> samplesOf(const std::vector<Tone>& tones) {
+  std::vector<std::int16_t> samples;
+  for (const Tone& tone : tones) {
+    for (int i = 0; i < static_cast<int>(tone.seconds * AudioBlock::kSampleRate); ++i) {
+      const double angle = 2 * std::numbers::pi * tone.frequencyHz * i / AudioBlock::kSampleRate;
+      samples.insert(samples.end(), 2, static_cast<std::int16_t>(std::lround(8192 * std::sin(angle))));
+    }
+  }
+  return samples;
+}
+
+void encodeSamples(AVFormatContext& format, AVCodecContext& encoder,
+                   const std::vector<std::int16_t>& samples) {
+  SwrContext* context = nullptr;
+  swr_alloc_set_opts2(&context, &encoder.ch_layout, encoder.sample_fmt, encoder.sample_rate,
+                      &encoder.ch_layout, AV_SAMPLE_FMT_S16, encoder.sample_rate, 0, nullptr);
+  const ffmpeg::Resampler converter(context);
+  require(swr_init(context) == 0, "converter");
+  const int total = static_cast<int>(samples.size()) / AudioBlock::kChannels;
+  const int step = encoder.frame_size > 0 ? encoder.frame_size : 4800;
+  for (int start = 0; start < total; start += step) {
+    const ffmpeg::Frame frame(av_frame_alloc());
+    frame->format = encoder.sample_fmt;
+    frame->nb_samples = std::min(step, total - start);
+    frame->sample_rate = encoder.sample_rate;
+    av_channel_layout_copy(&frame->ch_layout, &encoder.ch_layout);
+    require(av_frame_get_buffer(frame.get(), 0) == 0, "memory");
+    const auto* from = reinterpret_cast<const std::uint8_t*>(&samples[static_cast<std::size_t>(2 * start)]);
+    swr_convert(context, frame->extended_data, frame->nb_samples, &from, frame->nb_samples);
+    frame->pts = start;
+    encode(format, encoder, frame.get());
+  }
+  encode(format, encoder, nullptr);
+}
+
+/// Opens a file to write, in the container of its extension.
+std::unique_ptr<AVFormatContext, decltype(&avformat_free_context)> create(const std::string& path) {
+  AVFormatContext* format = nullptr;
+  avformat_alloc_output_context2(&format, nullptr, nullptr, path.c_str());
+  require(format && avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE) >= 0, "open");
+  return {format, avformat_free_context};
+}
+
 }  // namespace
 
 TempFolder::TempFolder() {
@@ -139,17 +212,25 @@ YuvColor clipColor(std::int32_t picture) { return {static_cast<std::uint8_t>(40 
 
 std::string writeClip(const TempFolder& folder, const std::string& name, const Clip& clip) {
   const std::string path = folder.path(name);
-  AVFormatContext* format = nullptr;
-  avformat_alloc_output_context2(&format, nullptr, nullptr, path.c_str());
-  const std::unique_ptr<AVFormatContext, decltype(&avformat_free_context)> owner(format,
-                                                                                 avformat_free_context);
-  require(format && avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE) >= 0, "open");
+  const auto owner = create(path);
+  AVFormatContext* const format = owner.get();
   if (clip.pictures > 0) addPictures(*format, clip);
   if (clip.toneHz > 0) addSound(*format);
   require(avformat_write_header(format, nullptr) >= 0, "header");
   writePictures(*format, clip);
   if (clip.toneHz > 0) writeSound(*format, clip);
   require(av_write_trailer(format) == 0, "end");
+  avio_closep(&format->pb);
+  return path;
+}
+
+std::string writeTones(const TempFolder& folder, const std::string& name, const std::vector<Tone>& tones) {
+  const std::string path = folder.path(name);
+  const auto format = create(path);
+  const auto encoder = openSoundEncoder(*format);
+  require(avformat_write_header(format.get(), nullptr) >= 0, "header");
+  encodeSamples(*format, *encoder, samplesOf(tones));
+  require(av_write_trailer(format.get()) == 0, "end");
   avio_closep(&format->pb);
   return path;
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "LumoRTCLocal/media/TestPicture.h"
 
@@ -47,6 +48,16 @@ YuvColor clipColor(std::int32_t picture);
 
 /// Makes a file in the folder, whose extension chooses the container, and returns its path.
 std::string writeClip(const TempFolder& folder, const std::string& name, const Clip& clip);
+
+/// A stretch of one sine tone.
+struct Tone {
+  double frequencyHz = 0;
+  double seconds = 0;
+};
+
+/// Makes a sound file in 48 kHz stereo, the tones one after another at an amplitude of 0.25, and returns its
+/// path. The extension chooses container and codec: wav, flac, mp3, m4a (AAC) or ogg.
+std::string writeTones(const TempFolder& folder, const std::string& name, const std::vector<Tone>& tones);
 
 /// Makes a file of bare JPEG pictures in the colours of a clip: without a container, and so without
 /// timestamps.

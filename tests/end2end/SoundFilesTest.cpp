@@ -1,0 +1,247 @@
+#include <cmath>
+#include <functional>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "tests/end2end/CallTest.h"
+#include "tests/support/MediaFixtures.h"
+
+namespace lumo::test {
+namespace {
+
+constexpr double kFileLevel = 0.25;
+constexpr double kMicrophoneLevel = 0.2;  // at 300 Hz
+
+/// Writes down what the mixer reports.
+struct MixerTrace : LMRTCAudioMixerAudioPlayDelegate {
+  void didReportPlayingProgress(float progress) override {
+    lines.push_back(std::to_string(std::lround(progress * 1000)));
+  }
+  void didAudioMixingStateChanged(std::uint64_t state, std::uint64_t reason) override {
+    lines.push_back("state " + std::to_string(state) + " " + std::to_string(reason));
+  }
+  std::vector<std::string> lines;
+};
+using Lines = std::vector<std::string>;
+
+class SoundFilesTest : public CallTest {
+ protected:
+  SoundFilesTest() {
+    const auto keep = [](std::vector<std::int16_t>& into) {
+      return [&into](const AudioBlock& block) {
+        into.insert(into.end(), block.samples.begin(), block.samples.end());
+      };
+    };
+    local->setSpeaker([add = keep(spoken)](const AudioBlock& block, Microseconds) { add(block); });
+    anna = add("anna");
+    anna->onAudio(
+        [add = keep(heard)](const std::string&, const AudioBlock& block, Microseconds) { add(block); });
+    delegate->onAudioMixingFinished = [this] { ++finished; };
+    delegate->onAudioMixingProgressReported = [this](float seconds) { progress = seconds; };
+    engine->setEngineDelegate(delegate);
+    join();
+    publish(kAudio);
+  }
+  ~SoundFilesTest() override { anna->onAudio({}); }
+
+  /// What arrives in the next 100 ms, in tenths of each tone's own level: the microphone and the files' tones
+  /// of 500 and 900 Hz at anna's, then those of the files on the speaker.
+  std::string levels() {
+    heard.clear();
+    spoken.clear();
+    advance(100ms);
+    const auto tenths = [](const std::vector<std::int16_t>& samples, double frequency, double full) {
+      if (samples.empty()) return std::string("-");
+      return std::to_string(std::lround(toneLevel(samples, frequency) / full * 10));
+    };
+    const std::string sent = heard.empty()
+                                 ? "nothing"
+                                 : tenths(heard, 300, kMicrophoneLevel) + " " +
+                                       tenths(heard, 500, kFileLevel) + " " + tenths(heard, 900, kFileLevel);
+    return sent + " | " + tenths(spoken, 500, kFileLevel) + " " + tenths(spoken, 900, kFileLevel);
+  }
+
+  std::shared_ptr<MixerTrace> traceMixer() const {
+    auto trace = std::make_shared<MixerTrace>();
+    LMRTCAudioMixer::sharedInstance()->setDelegate(trace);
+    return trace;
+  }
+
+  TempFolder folder;
+  ParticipantPtr anna;
+  std::vector<std::int16_t> heard;
+  std::vector<std::int16_t> spoken;
+  int finished = 0;
+  float progress = 0;
+};
+
+TEST_F(SoundFilesTest, EveryFormatArrivesAtItsLevelAndAtThePlaceThatIsSought) {
+  for (const char* const name : {"a.wav", "a.flac", "a.mp3", "a.m4a", "a.ogg"}) {
+    SCOPED_TRACE(name);
+    const std::string path = writeTones(folder, name, {{500, 2}, {900, 1.9}});
+    finished = 0;
+    ASSERT_EQ(0, engine->startAudioMixing("file://" + path, LocalMixerModeMix, true, 1));
+    EXPECT_EQ(3, engine->getAudioMixingDuration());
+    advance(200ms);
+    EXPECT_EQ("10 10 0 | 10 0", levels());
+    engine->setAudioMixingPosition(2.5);
+    advance(50ms);
+    EXPECT_EQ("10 0 10 | 0 10", levels());
+    engine->setAudioMixingPosition(1.6);
+    advance(300ms);
+    EXPECT_NEAR(1.8, engine->getAudioMixingPosition(), 0.011);
+    EXPECT_EQ("10 10 0 | 10 0", levels());
+    EXPECT_EQ(0, finished);
+    advance(2s);
+    EXPECT_EQ(1, finished);
+    EXPECT_NEAR(3.9, progress, 0.08) << "an encoder may pad its last block";
+    EXPECT_EQ("10 0 0 | 0 0", levels());
+    ASSERT_EQ(0, engine->startAudioMixing(path, LocalMixerModeMix, true, 1, 2.2));
+    EXPECT_EQ("10 0 10 | 0 10", levels());
+  }
+}
+
+TEST_F(SoundFilesTest, ModesAndVolumesDecideWhoHearsWhat) {
+  const std::string path = writeTones(folder, "a.wav", {{500, 0.25}});
+  struct Step {
+    const char* what;
+    std::function<void()> act;
+    std::string levels;
+  };
+  const auto start = [&](std::int64_t mode, bool playback) {
+    return [this, path, mode, playback] {
+      ASSERT_EQ(0, engine->startAudioMixing(path, mode, playback, 0));
+      advance(0us);
+    };
+  };
+  const Step steps[] = {
+      {"local playback only", start(LocalMixerModeLocalOnly, true), "10 0 0 | 10 0"},
+      {"mixed, not played here", start(LocalMixerModeMix, false), "10 10 0 | 0 0"},
+      {"any other mode mixes", start(7, true), "10 10 0 | 10 0"},
+      {"in place of the microphone", start(LocalMixerModeReplace, true), "0 10 0 | 10 0"},
+      {"half to the others", [&] { engine->adjustAudioMixingPublishVolume(50); }, "0 5 0 | 10 0"},
+      {"a fifth here", [&] { engine->adjustAudioMixingPlaybackVolume(20); }, "0 5 0 | 2 0"},
+      {"a start keeps the volumes", start(LocalMixerModeReplace, true), "0 5 0 | 2 0"},
+      {"still in place of it", [&] { engine->adjustAudioMixingVolume(0); }, "0 0 0 | 0 0"},
+      {"full again", [&] { engine->adjustAudioMixingVolume(100); }, "0 10 0 | 10 0"},
+      {"paused", [&] { engine->pauseAudioMixing(); }, "10 0 0 | 0 0"},
+      {"resumed", [&] { engine->resumeAudioMixing(); }, "0 10 0 | 10 0"},
+      {"muted", [&] { engine->muteLocalStream(kAudio, true); }, "nothing | 10 0"},
+      {"unmuted", [&] { engine->muteLocalStream(kAudio, false); }, "0 10 0 | 10 0"},
+      {"mixed again", start(LocalMixerModeMix, true), "10 10 0 | 10 0"},
+      {"the microphone alone is off", [&] { engine->enableMicrophone(false); }, "0 10 0 | 10 0"},
+      {"and on", [&] { engine->enableMicrophone(true); }, "10 10 0 | 10 0"},
+      {"the speaker is off", [&] { engine->enableSpeaker(false); }, "10 10 0 | - -"},
+      {"stopped", [&] { engine->stopAudioMixing(), engine->enableSpeaker(true); }, "10 0 0 | 0 0"},
+  };
+  for (const Step& step : steps) {
+    step.act();
+    EXPECT_EQ(step.levels, levels()) << step.what;
+  }
+  EXPECT_EQ(0, finished);
+}
+
+TEST_F(SoundFilesTest, ProgressAndStatesComeInOrder) {
+  const std::string half = writeTones(folder, "half.wav", {{500, 0.45}});
+  const auto mixer = LMRTCAudioMixer::sharedInstance();
+  const auto trace = traceMixer();
+  const auto take = [&](Microseconds duration) {
+    advance(duration);
+    return std::exchange(trace->lines, {});
+  };
+  ASSERT_EQ(0, engine->leaveRoom());
+  advance(0us);
+  ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 2));
+  EXPECT_EQ((Lines{"state 0 0", "200", "400", "150", "350", "450", "state 2 4"}), take(2s))
+      << "without a room, over the seam";
+
+  ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 1));
+  take(100ms);
+  mixer->pause();
+  mixer->pause();
+  mixer->setPlayProgress(0.3);
+  EXPECT_EQ((Lines{"state 1 1", "300"}), take(1s)) << "where it will go on";
+  mixer->resume();
+  EXPECT_EQ((Lines{"state 0 2"}), take(50ms));
+  mixer->setPlayProgress(0.1);
+  ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 1));
+  EXPECT_EQ((Lines{"state 2 5", "state 0 0", "300"}), take(210ms)) << "from the position set before";
+  mixer->setPlayProgress(-5);
+  EXPECT_EQ((Lines{"200"}), take(210ms));
+  mixer->setPlayProgress(1e300);
+  EXPECT_EQ((Lines{"450", "state 2 4"}), take(210ms));
+  mixer->stop();
+  mixer->pause();
+  EXPECT_EQ(Lines{}, take(210ms));
+  ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 0));
+  EXPECT_EQ(16u, take(3s).size()) << "15 of them and the start";
+  engine->destroy();
+  EXPECT_EQ((Lines{"state 2 3"}), take(1s));
+}
+
+TEST_F(SoundFilesTest, EffectsSoundOnTopOfEachOther) {
+  ASSERT_EQ(0, engine->createAudioEffect("file://" + writeTones(folder, "a b.wav", {{500, 0.2}}), 5));
+  ASSERT_EQ(0, engine->createAudioEffect(writeTones(folder, "b.flac", {{900, 0.4}}), 9));
+  ASSERT_EQ(0, engine->createAudioEffect(folder.path("missing.wav"), 7));
+  struct Step {
+    const char* what;
+    std::function<void()> act;
+    std::string levels;
+  };
+  const Step steps[] = {
+      {"endlessly", [&] { engine->playAudioEffect(5, 100, -1); }, "10 10 0 | 10 0"},
+      {"another one", [&] { engine->playAudioEffect(9, 50, 2); }, "10 10 5 | 10 5"},
+      {"over its seam", [&] { advance(250ms); }, "10 10 5 | 10 5"},
+      {"louder than it is", [&] { engine->adjustAudioEffect(9, 160); }, "10 10 16 | 10 16"},
+      {"all at half", [&] { engine->adjustAllAudioEffectsVolume(50); }, "10 5 8 | 5 8"},
+      {"one paused", [&] { engine->pauseAudioEffect(5); }, "10 0 8 | 0 8"},
+      {"the other at its end", [&] { advance(200ms); }, "10 0 0 | 0 0"},
+      {"one resumed", [&] { engine->resumeAudioEffect(5); }, "10 5 0 | 5 0"},
+      {"a missing file", [&] { engine->playAudioEffect(7, 100, 1); }, "10 5 0 | 5 0"},
+      {"from its beginning again", [&] { engine->playAudioEffect(9, 100, 1); }, "10 5 5 | 5 5"},
+      {"all paused", [&] { engine->pauseAllAudioEffects(); }, "10 0 0 | 0 0"},
+      {"all resumed", [&] { engine->resumeAllAudioEffects(); }, "10 5 5 | 5 5"},
+      {"one stopped", [&] { engine->stopAudioEffect(9), engine->resumeAudioEffect(9); }, "10 5 0 | 5 0"},
+      {"one released", [&] { engine->releaseAudioEffect(5); }, "10 5 0 | 5 0"},
+      {"all stopped", [&] { engine->stopAllAudioEffects(); }, "10 0 0 | 0 0"},
+  };
+  for (const Step& step : steps) {
+    step.act();
+    EXPECT_EQ(step.levels, levels()) << step.what;
+  }
+  EXPECT_EQ(100, engine->getAudioEffectVolume(9));
+  EXPECT_EQ(50, engine->getAllAudioEffectsVolume());
+}
+
+TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
+  const std::string good = writeTones(folder, "good.wav", {{500, 3}});
+  const auto trace = traceMixer();
+  ASSERT_EQ(0, engine->startAudioMixing(good, LocalMixerModeMix, true, 1));
+  for (const std::string& path :
+       {std::string(), folder.path("missing.wav"), folder.path(""), folder.write("empty.mp3", ""),
+        folder.write("text.mp3", "No sound.\n"), folder.write("head.wav", readFile(good).substr(0, 30)),
+        writeClip(folder, "silent.mov", {}), std::string("/dev/zero"), std::string("file://host/a.wav")}) {
+    EXPECT_NE(0, engine->startAudioMixing(path, LocalMixerModeReplace, false, 1, 2.5)) << path;
+    EXPECT_EQ(0, engine->getAudioMixingDuration()) << path;
+  }
+  advance(0us);
+  EXPECT_EQ("10 10 0 | 10 0", levels()) << "the good one goes on";
+
+  for (const char* const name : {"cut.flac", "cut.mp3"}) {
+    const std::string whole = readFile(writeTones(folder, name, {{500, 3}}));
+    folder.write(name, whole.substr(0, whole.size() / 3));
+    ASSERT_EQ(0, engine->startAudioMixing(folder.path(name), LocalMixerModeMix, true, 0));
+    LMRTCAudioMixer::sharedInstance()->setDelegate(trace);
+    EXPECT_EQ("10 10 0 | 10 0", levels()) << name;
+    trace->lines.clear();
+    advance(2s);
+    ASSERT_GE(trace->lines.size(), 2u);
+    EXPECT_EQ("state 3 6", trace->lines.back());
+    const int reached = std::stoi(trace->lines[trace->lines.size() - 2]);
+    EXPECT_TRUE(reached > 300 && reached < 1500) << name << " " << reached;
+    EXPECT_EQ("10 0 0 | 0 0", levels()) << "the call goes on";
+  }
+}
+
+}  // namespace
+}  // namespace lumo::test
