@@ -19,6 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr std::int64_t kMedia = LMRTCIWMediaTypeAudioVideo;
 constexpr lumo::Microseconds kPatience = 5s;  // for the end of a call that gets stuck
+constexpr lumo::Microseconds kTick = 16ms;    // of the drawing loop
 
 /// What participant `number`, counted from 0, sends. The local user is source 0.
 std::uint32_t sourceNumber(std::size_t number) { return static_cast<std::uint32_t>(number) + 1; }
@@ -50,6 +51,7 @@ Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
       local_(std::move(local)),
       delegate_(std::make_shared<LMRTCIWEngineDelegate>()),
       meter_(toneFrequencies(options.names.size())),
+      gallery_(options.surface),
       participants_(options.names.size()),
       main_(timeline_->makeRunner("main")) {
   log_.fill(*delegate_);
@@ -103,6 +105,7 @@ void Call::start() {
     if (!isLate(i)) bring(i);
   }
   planScript();
+  draw();
   engine_ = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
   engine_->setEngineDelegate(delegate_);
   act("joinRoom roomId=" + options_.roomId,
@@ -149,7 +152,8 @@ void Call::bring(std::size_t number) {
 void Call::enterRoom() {
   if (!engine_) return;
   act("publish mediaType=" + std::to_string(kMedia), [this] { return engine_->publish(kMedia); });
-  act("setLocalView", [this] { return engine_->setLocalView(gallery_.viewOf(kLocalUserId)); });
+  act("setLocalView",
+      [this] { return engine_->setLocalViewWithViewDelegate(gallery_.surfaceOf(kLocalUserId).view()); });
   gallery_.layout();
 }
 
@@ -158,15 +162,22 @@ void Call::receive(const std::string& userId, std::int64_t mediaType) {
   act("subscribe userId=" + userId + " type=" + std::to_string(mediaType),
       [&] { return engine_->subscribe(userId, mediaType); });
   if (mediaType == LMRTCIWMediaTypeAudio) return;
-  const auto view = gallery_.viewOf(userId);
-  if (view->rtcVideoView()) engine_->removeRemoteView(userId);
-  act("setRemoteView userId=" + userId, [&] { return engine_->setRemoteView(view, userId); });
+  const Surface& surface = gallery_.surfaceOf(userId);
+  if (surface.isBound()) engine_->removeRemoteView(userId);
+  act("setRemoteView userId=" + userId,
+      [&] { return engine_->setRemoteViewWithViewDelegate(surface.view(), userId); });
   gallery_.layout();
+}
+
+void Call::draw() {
+  gallery_.tick();
+  main_->postAt(timeline_->now() + kTick, [this] { draw(); });
 }
 
 void Call::leave() {
   if (!engine_) return;
   main_->postAt(timeline_->now() + kPatience, [this] { end(false); });
+  gallery_.tick();
   shown_ = gallery_.shown();
   act("unpublish mediaType=" + std::to_string(kMedia), [this] { return engine_->unpublish(kMedia); });
 }

@@ -27,7 +27,7 @@ class Call {
   /// @return whether it went as planned
   bool run();
 
-  /// What the views showed at the end of the call.
+  /// What the surfaces showed at the end of the call.
   const std::vector<Gallery::Shown>& shown() const { return shown_; }
 
   struct Heard {
@@ -46,6 +46,8 @@ class Call {
   void bring(std::size_t number);
   void enterRoom();
   void receive(const std::string& userId, std::int64_t mediaType);
+  /// Draws, now and in every tick to come.
+  void draw();
   void leave();
   void end(bool isAsPlanned);
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "LumoRTCLocal/sdk/LocalVideoView.h"
-
 namespace {
 
 constexpr double kViewWidth = 240;
@@ -11,21 +9,22 @@ constexpr double kViewHeight = 320;
 
 }  // namespace
 
-std::shared_ptr<LMRTCIWView> Gallery::viewOf(const std::string& userId) {
+Surface& Gallery::surfaceOf(const std::string& userId) {
   const auto known = std::ranges::find(entries_, userId, &Entry::userId);
-  if (known != entries_.end()) return known->view;
+  if (known != entries_.end()) return *known->surface;
   const double x = kViewWidth * static_cast<double>(entries_.size());
-  const auto view = LMRTCIWView::create({x, 0, kViewWidth, kViewHeight});
-  root_->addSubview(view);
-  entries_.push_back({userId, view});
-  return view;
+  entries_.push_back({userId, Surface::create(kind_, {x, 0, kViewWidth, kViewHeight}, *root_)});
+  return *entries_.back().surface;
+}
+
+void Gallery::tick() {
+  for (const Entry& entry : entries_) entry.surface->tick();
 }
 
 std::vector<Gallery::Shown> Gallery::shown() const {
   std::vector<Shown> result;
-  for (const auto& [userId, view] : entries_) {
-    const auto video = std::dynamic_pointer_cast<lumo::LocalVideoView>(view->rtcVideoView());
-    if (video) result.push_back({{userId, video->snapshot()}, video->frameCount()});
+  for (const auto& [userId, surface] : entries_) {
+    if (surface->isBound()) result.push_back({{userId, surface->snapshot()}, surface->frames()});
   }
   return result;
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <set>
 
@@ -16,6 +17,9 @@ constexpr double kMostSeconds = 24 * 60 * 60;
 constexpr std::array<const char*, kMostParticipants> kNames = {
     "Anna", "Ben",   "Carla", "David", "Emma", "Finn", "Greta", "Hugo",
     "Ida",  "Jonas", "Klara", "Leo",   "Mia",  "Noah", "Olga",  "Paul"};
+
+const std::map<std::string, SurfaceKind> kSurfaces = {
+    {"native", SurfaceKind::native}, {"flutter", SurfaceKind::flutter}, {"unity", SurfaceKind::unity}};
 
 std::string checkSeconds(const std::string& text) {
   double seconds = 0;
@@ -66,6 +70,9 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->type_name("N")
       ->check(checkSeconds);
   app.add_option("--sheet", options.sheet, "Write a contact sheet of all views (PNG)")->type_name("FILE");
+  app.add_option("--surface", options.surface, "What shows the video (default: native)")
+      ->transform(CLI::CheckedTransformer(kSurfaces).description(""))
+      ->type_name("native|flutter|unity");
   app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
   app.add_flag("--log", options.log, "Write the structured log to standard error");
   try {

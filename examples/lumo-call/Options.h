@@ -4,6 +4,8 @@
 #include <variant>
 #include <vector>
 
+#include "examples/lumo-call/Surface.h"
+
 /// The user id of the one who runs the demo.
 inline constexpr char kLocalUserId[] = "you";
 
@@ -15,6 +17,7 @@ struct CallOptions {
   std::string camera;  ///< a video file or capture device; empty: the test picture
   std::string sheet;   ///< where the contact sheet goes; empty: nowhere
   double seconds = 5;  ///< above 0
+  SurfaceKind surface = SurfaceKind::native;
   bool log = false;
 };
 

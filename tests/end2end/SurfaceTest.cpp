@@ -1,0 +1,227 @@
+#include <cmath>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/views/LMRTCIWFlutterView.h"
+#include "LumoRTCLibWrapper/views/LMRTCIWUnityView.h"
+#include "examples/lumo-call/Gallery.h"
+#include "tests/end2end/CallTest.h"
+#include "tests/support/MediaFixtures.h"
+
+namespace lumo::test {
+namespace {
+
+/// The demo's surfaces in a call of their own.
+struct SheetCall : CallTest {
+  void TestBody() override {}
+  std::vector<Gallery::Shown> run(SurfaceKind kind) {
+    Gallery gallery(kind);
+    for (const char* const name : {"anna", "ben"}) addPublishing(name, Media::video);
+    join();
+    publish(kVideo);
+    EXPECT_EQ(0, engine->setLocalViewWithViewDelegate(gallery.surfaceOf("me").view()));
+    for (const char* const name : {"anna", "ben"}) {
+      EXPECT_EQ(0, engine->subscribe(name, kVideo));
+      EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(gallery.surfaceOf(name).view(), name));
+    }
+    gallery.layout();
+    engine->setCameraCaptureOrientation(1);
+    advance(2s);
+    gallery.tick();
+    auto shown = gallery.shown();
+    engine->removeLocalView();
+    for (const char* const name : {"anna", "ben"}) engine->removeRemoteView(name);
+    return shown;
+  }
+};
+
+TEST(SheetTest, TheSameCallLooksTheSameOnEverySurface) {
+  const auto native = SheetCall().run(SurfaceKind::native);
+  ASSERT_EQ(3u, native.size());
+  for (const SurfaceKind kind : {SurfaceKind::flutter, SurfaceKind::unity}) {
+    const auto other = SheetCall().run(kind);
+    ASSERT_EQ(3u, other.size());
+    for (std::size_t i = 0; i < native.size(); ++i) {
+      EXPECT_EQ(native[i].picture.label, other[i].picture.label);
+      EXPECT_EQ(native[i].frames, other[i].frames);
+      const auto& [width, height, expected] = native[i].picture.bitmap;
+      const auto& [otherWidth, otherHeight, actual] = other[i].picture.bitmap;
+      ASSERT_EQ(std::pair(width, height), std::pair(otherWidth, otherHeight));
+      int worst = 0;
+      for (std::size_t byte = 0; byte < expected.size(); ++byte)
+        worst = std::max(worst, std::abs(expected[byte] - actual[byte]));
+      EXPECT_LE(worst, kind == SurfaceKind::unity ? 0 : 4) << native[i].picture.label;
+    }
+  }
+}
+
+class SurfaceTest : public CallTest {};
+
+TEST_F(SurfaceTest, ATextureHearsOfSizesAndFrames) {
+  auto view = LMRTCIWFlutterView::create();
+  std::string told;
+  const auto listener = std::make_shared<LMRTCIWFlutterViewDelegate>();
+  listener->changeSize = [&](int width, int height) {
+    told += std::to_string(width) + "x" + std::to_string(height) + " ";
+  };
+  listener->frameRendered = [&] { told += "frame "; };
+  listener->firstFrameRendered = [&] { told += "first "; };
+  view->setTextureViewDelegate(listener);
+  const auto next = [&] {
+    advance(100ms);
+    told.clear();
+    advance(66ms);
+    const auto pixels = view->pixelBufferRef();
+    return std::exchange(told, "") + std::to_string(pixels->width()) + "x" + std::to_string(pixels->height());
+  };
+  engine->setLocalViewWithViewDelegate(view);
+  advance(0us);
+  EXPECT_EQ("480x640 frame first ", told);
+  EXPECT_EQ("frame 480x640", next());
+  view->resize();
+  EXPECT_EQ("480x640 frame first ", (advance(67ms), told));
+  engine->setCameraCaptureOrientation(3);
+  EXPECT_EQ("frame 640x480", next()) << "announced as before it is turned";
+
+  view.reset();
+  told.clear();
+  advance(1s);
+  EXPECT_EQ("", told);
+}
+
+TEST_F(SurfaceTest, AQueueKeepsTheOldestOrUpToALimitTheNewest) {
+  const auto anna = addPublishing("anna", Media::video);
+  join();
+  auto view = LMRTCIWUnityView::create();
+  engine->setRemoteViewWithViewDelegate(view, "anna");
+  engine->subscribe("anna", kVideo);
+  const auto take = [&] {
+    std::vector<std::uint32_t> numbers;
+    while (const auto frame = view->getCurrentFrame())
+      numbers.push_back(readTestPicture(*frame->yuvBuffer).value_or(TestPictureReading{}).frameNumber);
+    return numbers;
+  };
+  using Numbers = std::vector<std::uint32_t>;
+  advance(2s);
+  EXPECT_EQ(31u, view->getBufferLength());
+  const auto all = take();
+  for (std::uint32_t i = 0; i < all.size(); ++i) EXPECT_EQ(i, all[i]);
+  view->setFrameLimit(3);
+  advance(1s);
+  EXPECT_EQ(12u, view->droppedFrames());
+  EXPECT_EQ((Numbers{43, 44, 45}), take());
+  view->setFrameLimit(0);
+  advance(1s);
+  EXPECT_EQ(15u, take().size());
+  EXPECT_EQ(nullptr, view->getCurrentFrame());
+  engine->setRemoteViewWithViewDelegate(nullptr, "anna");
+  std::weak_ptr<LMRTCIWUnityView> weak = view;
+  view.reset();
+  advance(1s);
+  EXPECT_TRUE(weak.expired());
+}
+
+// ---- any picture, turned any way, against the plainest code there is
+
+struct Frame {
+  std::shared_ptr<LumoRTCI420Buffer> picture;
+  LMRTCVideoFrame frame;
+};
+
+struct Holder : LumoRTCVideoFrameBuffer {
+  std::shared_ptr<const LumoRTCI420Buffer> toI420() override { return picture; }
+  std::shared_ptr<const LumoRTCI420Buffer> picture;
+};
+
+/// A picture of noise whose rows are `padding` bytes longer than they need to be.
+Frame noise(std::int32_t width, std::int32_t height, std::int32_t rotation, std::int32_t padding) {
+  const std::int32_t strides[] = {width + padding, (width + 1) / 2 + padding, (width + 1) / 2 + padding};
+  const std::int32_t rows[] = {height, (height + 1) / 2, (height + 1) / 2};
+  const auto memory = std::make_shared<std::vector<std::uint8_t>>(
+      static_cast<std::size_t>(strides[0] * rows[0] + 2 * strides[1] * rows[1]));
+  std::uint32_t state = 1;
+  for (auto& byte : *memory) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+  std::uint8_t* const y = memory->data();
+  std::uint8_t* const u = y + strides[0] * rows[0];
+  const auto holder = std::make_shared<Holder>();
+  Frame result{LumoRTCI420Buffer::wrap(width, height, y, strides[0], u, strides[1], u + strides[1] * rows[1],
+                                       strides[2], memory),
+               {std::make_shared<LumoRTCVideoFrame>(), width, height, rotation, 0}};
+  holder->picture = result.picture;
+  result.frame.rtcVideoFrame->buffer = holder;
+  return result;
+}
+
+/// One sample of a plane that is turned by itself; `x` and `y` are those of the turned plane.
+int turned(const std::uint8_t* plane, int stride, int width, int height, int rotation, int x, int y) {
+  switch (rotation) {
+    case 90:
+      return plane[(height - 1 - x) * stride + y];
+    case 180:
+      return plane[(height - 1 - y) * stride + width - 1 - x];
+    case 270:
+      return plane[x * stride + width - 1 - y];
+    default:
+      return plane[y * stride + x];
+  }
+}
+
+/// The pixel of the upright picture by the formula of BT.601, limited range.
+std::array<int, 4> reference(const LumoRTCI420Buffer& picture, int rotation, int x, int y) {
+  const double luma =
+      255.0 / 219 *
+      (turned(picture.dataY(), picture.strideY(), picture.width(), picture.height(), rotation, x, y) - 16);
+  const auto chroma = [&](const std::uint8_t* plane, int stride) {
+    return 255.0 / 224 *
+           (turned(plane, stride, picture.chromaWidth(), picture.chromaHeight(), rotation, x / 2, y / 2) -
+            128);
+  };
+  const double u = chroma(picture.dataU(), picture.strideU());
+  const double v = chroma(picture.dataV(), picture.strideV());
+  const auto level = [](double value) {
+    return static_cast<int>(std::lround(std::clamp(value, 0.0, 255.0)));
+  };
+  return {level(luma + 1.772 * u), level(luma - 0.344136 * u - 0.714136 * v), level(luma + 1.402 * v), 255};
+}
+
+TEST_F(SurfaceTest, AnySizeStrideAndRotationComesOutRight) {
+  const std::pair<int, int> sizes[] = {{1, 1}, {33, 17}, {2, 131}, {161, 66}, {64, 48}};
+  for (const auto& [width, height] : sizes) {
+    for (const int rotation : {0, 90, 180, 270, 45}) {
+      for (const int padding : {0, 13}) {
+        SCOPED_TRACE(testing::Message() << width << "x" << height << " " << rotation << " " << padding);
+        const Frame source = noise(width, height, rotation, padding);
+        const bool swaps = rotation == 90 || rotation == 270;
+        const int upright[] = {swaps ? height : width, swaps ? width : height};
+        const auto texture = LMRTCIWFlutterView::create();
+        texture->setSize(upright[0], upright[1]);
+        texture->renderFrame(source.frame);
+        int worst = 0;
+        for (int y = 0; y < upright[1]; ++y) {
+          for (int x = 0; x < upright[0]; ++x) {
+            const auto expected = reference(*source.picture, rotation, x, y);
+            const std::uint8_t* const pixel =
+                texture->pixelBufferRef()->baseAddress() + (y * upright[0] + x) * 4;
+            for (std::size_t i = 0; i < 4; ++i) worst = std::max(worst, std::abs(expected[i] - pixel[i]));
+          }
+        }
+        EXPECT_LE(worst, 3);
+
+        const auto queue = LMRTCIWUnityView::create();
+        queue->renderFrame(source.frame);
+        const auto queued = queue->getCurrentFrame();
+        EXPECT_EQ(rotation, queued->rotation);
+        EXPECT_EQ(width, queued->strideY());
+        EXPECT_EQ((width + 1) / 2, queued->strideU());
+        EXPECT_EQ(padding == 0, queued->dataY() == source.picture->dataY())
+            << "copied only where it has to be";
+        for (int y = 0; y < height; ++y) {
+          for (int x = 0; x < width; ++x)
+            ASSERT_EQ(colorAt(*source.picture, x, y), colorAt(*queued->yuvBuffer, x, y));
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace lumo::test
