@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "LumoRTCLibWrapper/engine/LMRTCIWEngineState.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngineBase.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCFileVideoOutputStream.h"
@@ -49,7 +49,7 @@ struct UIPoint;
 ///
 /// After `destroy` an instance stays usable but finds nothing: its operations return -10 or -13, whichever
 /// they check first, its remaining completions are silent and no callback is made.
-class LMRTCIWEngine : public LMRTCIWEngineState,
+class LMRTCIWEngine : public LMRTCIWEngineBase,
                       public std::enable_shared_from_this<LMRTCIWEngine>,
                       private LMRTCEngineEventDelegate,
                       private LMRTCRoomEventDelegate,
@@ -709,12 +709,6 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   /// @}
 
  private:
-  using RemoteUserPtr = std::shared_ptr<LMRTCRemoteUser>;
-  using InputStreamPtr = std::shared_ptr<LMRTCInputStream>;
-  using InputStreams = std::vector<InputStreamPtr>;
-  using OutputStreams = std::vector<std::shared_ptr<LMRTCOutputStream>>;
-  using OtherRoomPtr = std::shared_ptr<LMRTCOtherRoom>;
-
   // LMRTCEngineEventDelegate
   void didKicked(const std::string& roomId, std::int64_t reason) override;
   void didRequestJoinOtherRoom(const std::string& inviterRoomId, const std::string& inviterUserId,
@@ -789,70 +783,15 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
     return std::shared_ptr<Delegate>(shared_from_this(), this);
   }
 
-  /// The listener's callback: null when the listener is gone, leaves the field empty, or the engine was
-  /// destroyed. Keeps the listener alive while it is held.
-  template <class Callback>
-  std::shared_ptr<const Callback> listener(Callback LMRTCIWEngineDelegate::*field) const;
-
-  /// Calls the listener's callback, if there is one. @return whether it was called
-  template <class... Parameters, class... Arguments>
-  bool notify(std::function<void(Parameters...)> LMRTCIWEngineDelegate::*field,
-              const Arguments&... arguments) const;
-
   /// `notify`, if the engine still exists.
   template <class Callback, class... Arguments>
   static void notifyOf(const std::weak_ptr<LMRTCIWEngine>& weak, Callback LMRTCIWEngineDelegate::*field,
                        const Arguments&... arguments);
 
-  /// Writes the listener line of an event and calls the listener's callback, if there is one. The line's
-  /// values are the callback's arguments; surplus ones are not shown.
-  /// @param method  the callback's name
-  template <class Callback, class... Arguments>
-  void announce(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
-                const Arguments&... arguments) const;
-  /// The same with a line that shows other values.
-  template <class Callback, class... Arguments>
-  void announceAs(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
-                  lumo::FormatValues values, const Arguments&... arguments) const;
-
-  /// The main room and its local user; both or neither.
-  struct JoinedRoom {
-    std::shared_ptr<LMRTCRoom> room;
-    std::shared_ptr<LMRTCLocalUser> localUser;
-    explicit operator bool() const { return room != nullptr; }
-  };
-  JoinedRoom joinedRoom() const;
-
-  /// What live-mix operations need, or the code of the check that failed.
-  struct LiveMix {
-    std::int64_t code;
-    std::shared_ptr<LMRTCLocalUser> localUser;
-    std::shared_ptr<LMRTCLiveInfo> info;
-    explicit operator bool() const { return info != nullptr; }
-  };
-  LiveMix liveMix(const CallFrame& frame) const;
   /// The first stream of a user, the local one included, that `fits`; null when there is none.
   template <class Fits>
   std::shared_ptr<LMRTCStream> findStream(const LMRTCLocalUser& localUser, const std::string& userId,
                                           const Fits& fits);
-
-  /// The inner CDN stream, or the code of the check that failed. A missing room is logged under
-  /// `notJoinedMethod`.
-  struct CdnStream {
-    std::int64_t code;
-    std::shared_ptr<LMRTCCDNInputStream> stream;
-  };
-  CdnStream cdnStream(const CallFrame& frame, const char* notJoinedMethod) const;
-
-  /// What audio-effect operations need: the manager (null without an SDK) and the effect's file, or the code
-  /// of the check that failed.
-  struct AudioEffect {
-    std::int64_t code;
-    std::shared_ptr<LMRTCAudioEffectManager> manager;
-    std::string url;
-  };
-  AudioEffect audioEffects(const CallFrame& frame) const;
-  AudioEffect audioEffect(const CallFrame& frame, std::int64_t effectId, const char* missing) const;
 
   bool startMixer(const OptionalText& url, std::int64_t mode, bool playback, std::uint64_t loop,
                   std::optional<double> position);
@@ -869,55 +808,22 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   };
   CustomSelection selectCustomStreams(const CallFrame& frame, const std::string& userId,
                                       const std::string& tag, std::int64_t mediaType);
-  using CustomStreamCallback =
-      std::function<void(const std::string& userId, const std::string& tag, std::int64_t type,
-                         std::int64_t code, const std::string& message)>;
-  void notifyPerStream(CustomStreamCallback LMRTCIWEngineDelegate::*field, const InputStreams& streams,
-                       std::int64_t code) const;
-
-  void forgetSubRoom(const std::string& roomId);
 
   using CodeCallback = std::function<void(std::int64_t code, const std::string& errMsg)>;
   void postWatermarkResult(const CallFrame& frame, bool accepted, const char* name,
                            CodeCallback LMRTCIWEngineDelegate::*field);
-  void notifyProbeFinished(std::int64_t code, const std::string& message) const;
 
   void switchToBroadcaster(LMRTCLocalUser& localUser);
   void switchToAudience(LMRTCLocalUser& localUser);
-  void keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo);
-  void notifyRoleSwitched(std::int64_t code) const;
   void handleKickedWhileSwitching(const char* message);
 
-  /// The first room that has a remote user of that id, the main room before the sub-rooms; null when none
-  /// has.
-  std::shared_ptr<LMRTCBaseRoom> getRemoteUserRoom(const std::string& userId) const;
-
   void handleJoined(std::int64_t code, const std::shared_ptr<LMRTCRoom>& room, const LMRTCIWRoomSetup& setup);
-  void replayLiveMix(const LMRTCRoom& room, const LMRTCIWRoomSetup& setup) const;
-  void callbackRemoteUsers(const LMRTCBaseRoom& room) const;
-  void callbackRemoteUser(const LMRTCRemoteUser& user, const std::string& roomId) const;
-  void callbackStreamState(const LMRTCInputStream& stream, const std::string& roomId) const;
 
-  std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const;
-  std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const;
-  void prepareDefaultStreams(std::int64_t mediaType) const;
-  OutputStreams defaultStreams(std::int64_t mediaType) const;
   std::int64_t publishLive(const CallFrame& frame, LMRTCLocalUser& localUser, std::int64_t mediaType,
                            const OutputStreams& streams);
   std::int64_t unpublishLive(const CallFrame& frame, LMRTCLocalUser& localUser, std::int64_t mediaType,
                              const OutputStreams& streams);
   InputStreams ordinaryStreams(const UserIds& userIds, std::int64_t mediaType);
-
-  /// The main room's id for an event. Without a main room that has its local user: nothing, after an error
-  /// line under `method`.
-  OptionalText roomIdForEvent(const char* method) const;
-
-  std::shared_ptr<LMRTCIWStatsDelegate> statsListener() const;
-  /// The main room, if there is one, then the sub-rooms.
-  std::vector<std::shared_ptr<LMRTCBaseRoom>> allRooms() const;
-  /// The reported statuses by stream id, completed by those of silent remote streams.
-  std::unordered_map<std::string, LMRTCLiveAudioStatus> getFullAudioStates(
-      const std::vector<LMRTCLiveAudioStatus>& statuses) const;
 
   /// SDK hooks for observers, empty when not `wanted`. They hold the engine weakly and look the observer up
   /// anew for each block or picture: `deliverTo` takes the engine and the block, `find` returns the observer.
@@ -927,13 +833,4 @@ class LMRTCIWEngine : public LMRTCIWEngineState,
   std::function<std::shared_ptr<CMSampleBuffer>(const std::shared_ptr<CMSampleBuffer>&)> sampleHook(
       bool wanted, Find find);
   void watchPictures(LMRTCVideoInputStream& stream, bool wanted);
-
-  // What events of the main room and of sub-rooms have in common.
-  void reportPublished(const std::string& roomId, const InputStreams& streams) const;
-  void reportPublishedState(const std::string& roomId, const LMRTCInputStream& stream) const;
-  void reportUnpublished(const std::string& roomId, const InputStreams& streams) const;
-  void reportFirstFrame(const std::string& roomId, const LMRTCInputStream& stream, std::int64_t mediaType,
-                        bool logAlways) const;
-
-  std::atomic<bool> destroyed_ = false;
 };

@@ -130,7 +130,7 @@ std::int64_t LMRTCIWEngine::getAllAudioEffectsVolume() {
   return effects.manager ? effects.manager->getEffectsVolume() : effects.code;
 }
 
-LMRTCIWEngine::AudioEffect LMRTCIWEngine::audioEffects(const CallFrame& frame) const {
+LMRTCIWEngineBase::AudioEffect LMRTCIWEngineBase::audioEffects(const CallFrame& frame) const {
   if (!joinedRoom()) {
     return {frame.fail(LMRTCWrapperCodeLocalUserNotJoined, "room is nil or localUser is nil"), nullptr, {}};
   }
@@ -138,8 +138,8 @@ LMRTCIWEngine::AudioEffect LMRTCIWEngine::audioEffects(const CallFrame& frame) c
   return {LMRTCWrapperCodeSuccess, engine ? engine->audioEffectManager() : nullptr, {}};
 }
 
-LMRTCIWEngine::AudioEffect LMRTCIWEngine::audioEffect(const CallFrame& frame, std::int64_t effectId,
-                                                      const char* missing) const {
+LMRTCIWEngineBase::AudioEffect LMRTCIWEngineBase::audioEffect(const CallFrame& frame, std::int64_t effectId,
+                                                              const char* missing) const {
   auto effect = audioEffects(frame);
   if (effect.code != LMRTCWrapperCodeSuccess) return effect;
   auto url = effectSoundIdDict_.find(effectId);

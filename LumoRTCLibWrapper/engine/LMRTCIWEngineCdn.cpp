@@ -164,7 +164,8 @@ std::int64_t LMRTCIWEngine::muteLiveMixInnerCdnStream(bool mute) {
   return LMRTCWrapperCodeSuccess;
 }
 
-LMRTCIWEngine::CdnStream LMRTCIWEngine::cdnStream(const CallFrame& frame, const char* notJoinedMethod) const {
+LMRTCIWEngineBase::CdnStream LMRTCIWEngineBase::cdnStream(const CallFrame& frame,
+                                                          const char* notJoinedMethod) const {
   if (!rtcEngine()) return {frame.fail(LMRTCWrapperCodeEngineDestroyed, "rtcEngine is nil"), nullptr};
   const auto joined = joinedRoom();
   if (!joined) {

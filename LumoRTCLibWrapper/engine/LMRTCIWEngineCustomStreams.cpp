@@ -304,8 +304,8 @@ LMRTCIWEngine::CustomSelection LMRTCIWEngine::selectCustomStreams(const CallFram
   return {LMRTCWrapperCodeSuccess, std::move(joined.localUser), std::move(streams)};
 }
 
-void LMRTCIWEngine::notifyPerStream(CustomStreamCallback LMRTCIWEngineDelegate::*field,
-                                    const InputStreams& streams, std::int64_t code) const {
+void LMRTCIWEngineBase::notifyPerStream(CustomStreamCallback LMRTCIWEngineDelegate::*field,
+                                        const InputStreams& streams, std::int64_t code) const {
   if (!listener(field)) return;
   const auto message = LMRTCCodeDefine::codeDesc(code);
   parseInPutStream(streams,

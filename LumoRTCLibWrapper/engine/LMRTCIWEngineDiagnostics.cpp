@@ -148,7 +148,7 @@ void LMRTCIWEngine::didRTCProbeInterrput(std::int64_t code) {
   notifyProbeFinished(code, LMRTCCodeDefine::codeDesc(code));
 }
 
-void LMRTCIWEngine::notifyProbeFinished(std::int64_t code, const std::string& message) const {
+void LMRTCIWEngineBase::notifyProbeFinished(std::int64_t code, const std::string& message) const {
   const auto observer = destroyed_ ? nullptr : probeTestDelegate_();
   if (observer && observer->onNetworkProbeFinished) observer->onNetworkProbeFinished(code, message);
 }

@@ -257,13 +257,13 @@ void LMRTCIWEngine::didReceiveSEI(const OtherRoomPtr& subRoom, const std::string
 
 // Common rules
 
-LMRTCIWEngine::OptionalText LMRTCIWEngine::roomIdForEvent(const char* method) const {
+LMRTCIWEngineBase::OptionalText LMRTCIWEngineBase::roomIdForEvent(const char* method) const {
   if (const auto main = joinedRoom()) return main.room->roomId();
   LMIMIWLog::error(method, kRoomOrUserNil);
   return std::nullopt;
 }
 
-void LMRTCIWEngine::reportPublished(const std::string& roomId, const InputStreams& streams) const {
+void LMRTCIWEngineBase::reportPublished(const std::string& roomId, const InputStreams& streams) const {
   parseInPutStream(
       streams, [&](bool normal, const std::string& userId, const std::string& tag, std::int64_t mediaType) {
         if (normal) {
@@ -279,7 +279,8 @@ void LMRTCIWEngine::reportPublished(const std::string& roomId, const InputStream
   }
 }
 
-void LMRTCIWEngine::reportPublishedState(const std::string& roomId, const LMRTCInputStream& stream) const {
+void LMRTCIWEngineBase::reportPublishedState(const std::string& roomId,
+                                             const LMRTCInputStream& stream) const {
   if (stream.mediaType() != kAudio && stream.mediaType() != kVideo) return;
   const bool disabled = stream.resourceState() == LMRTCResourceStateDisabled;
   if (isNormal(stream)) {
@@ -292,7 +293,7 @@ void LMRTCIWEngine::reportPublishedState(const std::string& roomId, const LMRTCI
   }
 }
 
-void LMRTCIWEngine::reportUnpublished(const std::string& roomId, const InputStreams& streams) const {
+void LMRTCIWEngineBase::reportUnpublished(const std::string& roomId, const InputStreams& streams) const {
   parseInPutStream(
       streams, [&](bool normal, const std::string& userId, const std::string& tag, std::int64_t mediaType) {
         if (normal) {
@@ -305,8 +306,8 @@ void LMRTCIWEngine::reportUnpublished(const std::string& roomId, const InputStre
       });
 }
 
-void LMRTCIWEngine::reportFirstFrame(const std::string& roomId, const LMRTCInputStream& stream,
-                                     std::int64_t mediaType, bool logAlways) const {
+void LMRTCIWEngineBase::reportFirstFrame(const std::string& roomId, const LMRTCInputStream& stream,
+                                         std::int64_t mediaType, bool logAlways) const {
   if (mediaType != kAudio && mediaType != kVideo) return;
   const auto report = [&](auto field, const char* method, const char* keys, const auto&... arguments) {
     const auto callback = listener(field);

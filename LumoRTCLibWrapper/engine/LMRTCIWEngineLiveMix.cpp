@@ -224,7 +224,7 @@ std::int64_t LMRTCIWEngine::setLiveMixVideoFps(std::int64_t fps, bool tiny) {
   return LMRTCWrapperCodeSuccess;
 }
 
-LMRTCIWEngine::LiveMix LMRTCIWEngine::liveMix(const CallFrame& frame) const {
+LMRTCIWEngineBase::LiveMix LMRTCIWEngineBase::liveMix(const CallFrame& frame) const {
   auto joined = joinedRoom();
   if (!joined)
     return {frame.fail(LMRTCWrapperCodeLocalUserNotJoined, "room is nil or localUser is nil"), {}, {}};

@@ -96,7 +96,7 @@ void LMRTCIWEngine::switchToAudience(LMRTCLocalUser& localUser) {
       });
 }
 
-void LMRTCIWEngine::keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo) {
+void LMRTCIWEngineBase::keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo) {
   if (destroyed_) return;
   setLiveInfo(std::move(liveInfo));
   const auto setup = iwRoomSetup();
@@ -107,7 +107,7 @@ void LMRTCIWEngine::keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> l
   setIwRoomSetup(std::move(changed));
 }
 
-void LMRTCIWEngine::notifyRoleSwitched(std::int64_t code) const {
+void LMRTCIWEngineBase::notifyRoleSwitched(std::int64_t code) const {
   const auto setup = iwRoomSetup();
   notify(&Delegate::onLiveRoleSwitched, setup ? setup->role : LMRTCIWRoleMeetingMember, code,
          LMRTCCodeDefine::codeDesc(code));

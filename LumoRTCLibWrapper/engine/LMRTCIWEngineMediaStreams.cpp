@@ -273,17 +273,17 @@ std::int64_t LMRTCIWEngine::unsubscribeLiveMix(std::int64_t mediaType) {
   return LMRTCWrapperCodeSuccess;
 }
 
-std::shared_ptr<LMRTCAudioOutputStream> LMRTCIWEngine::defaultAudioStream() const {
+std::shared_ptr<LMRTCAudioOutputStream> LMRTCIWEngineBase::defaultAudioStream() const {
   const auto engine = rtcEngine();
   return engine ? engine->defaultAudioStream() : nullptr;
 }
 
-std::shared_ptr<LMRTCCameraVideoOutputStream> LMRTCIWEngine::defaultVideoStream() const {
+std::shared_ptr<LMRTCCameraVideoOutputStream> LMRTCIWEngineBase::defaultVideoStream() const {
   const auto engine = rtcEngine();
   return engine ? engine->defaultVideoStream() : nullptr;
 }
 
-void LMRTCIWEngine::prepareDefaultStreams(std::int64_t mediaType) const {
+void LMRTCIWEngineBase::prepareDefaultStreams(std::int64_t mediaType) const {
   const auto setup = iwEngineSetup();
   if (const auto audio = defaultAudioStream(); audio && includesAudio(mediaType)) {
     const std::int64_t codec = setup && setup->audioSetup ? setup->audioSetup->type : 0;
@@ -294,7 +294,7 @@ void LMRTCIWEngine::prepareDefaultStreams(std::int64_t mediaType) const {
   }
 }
 
-LMRTCIWEngine::OutputStreams LMRTCIWEngine::defaultStreams(std::int64_t mediaType) const {
+LMRTCIWEngineBase::OutputStreams LMRTCIWEngineBase::defaultStreams(std::int64_t mediaType) const {
   OutputStreams streams;
   if (auto audio = defaultAudioStream(); audio && includesAudio(mediaType))
     streams.push_back(std::move(audio));

@@ -197,14 +197,14 @@ std::string LMRTCIWEngine::getSessionId() {
   return joined.room->sessionId();
 }
 
-LMRTCIWEngine::JoinedRoom LMRTCIWEngine::joinedRoom() const {
+LMRTCIWEngineBase::JoinedRoom LMRTCIWEngineBase::joinedRoom() const {
   auto main = room();
   auto localUser = main ? main->localUser() : nullptr;
   if (!localUser) return {};
   return {std::move(main), std::move(localUser)};
 }
 
-std::shared_ptr<LMRTCBaseRoom> LMRTCIWEngine::getRemoteUserRoom(const std::string& userId) const {
+std::shared_ptr<LMRTCBaseRoom> LMRTCIWEngineBase::getRemoteUserRoom(const std::string& userId) const {
   if (auto main = room(); main && main->getRemoteUser(userId)) return main;
   for (const auto& [roomId, subRoom] : subs()) {
     if (subRoom && subRoom->getRemoteUser(userId)) return subRoom;
@@ -229,7 +229,7 @@ void LMRTCIWEngine::handleJoined(std::int64_t code, const std::shared_ptr<LMRTCR
   if (setup.role == LMRTCIWRoleLiveAudience) replayLiveMix(*joined, setup);
 }
 
-void LMRTCIWEngine::replayLiveMix(const LMRTCRoom& joined, const LMRTCIWRoomSetup& setup) const {
+void LMRTCIWEngineBase::replayLiveMix(const LMRTCRoom& joined, const LMRTCIWRoomSetup& setup) const {
   const auto logResult = [&setup](const char* callback) {
     LMIMIWLog::result(LMRTCWrapperCodeSuccess, "joinRoom", "callback:%@, code:%@, role:%@,setup:%@",
                       {callback, LMRTCWrapperCodeSuccess, LMRTCIWRoleLiveAudience, setup});
@@ -248,7 +248,7 @@ void LMRTCIWEngine::replayLiveMix(const LMRTCRoom& joined, const LMRTCIWRoomSetu
   }
 }
 
-void LMRTCIWEngine::callbackRemoteUsers(const LMRTCBaseRoom& joined) const {
+void LMRTCIWEngineBase::callbackRemoteUsers(const LMRTCBaseRoom& joined) const {
   if (!listener(&LMRTCIWEngineDelegate::onUserJoined)) return;
   const std::string& roomId = joined.roomId();
   for (const auto& user : joined.remoteUsers()) {
@@ -260,7 +260,7 @@ void LMRTCIWEngine::callbackRemoteUsers(const LMRTCBaseRoom& joined) const {
   }
 }
 
-void LMRTCIWEngine::callbackRemoteUser(const LMRTCRemoteUser& user, const std::string& roomId) const {
+void LMRTCIWEngineBase::callbackRemoteUser(const LMRTCRemoteUser& user, const std::string& roomId) const {
   const auto streams = user.remoteStreams();
   parseInPutStream(
       streams, [&](bool normal, const std::string& userId, const std::string& tag, std::int64_t mediaType) {
@@ -278,7 +278,7 @@ void LMRTCIWEngine::callbackRemoteUser(const LMRTCRemoteUser& user, const std::s
   }
 }
 
-void LMRTCIWEngine::callbackStreamState(const LMRTCInputStream& stream, const std::string& roomId) const {
+void LMRTCIWEngineBase::callbackStreamState(const LMRTCInputStream& stream, const std::string& roomId) const {
   const std::int64_t mediaType = stream.mediaType();
   const bool audioOrVideo = mediaType == LMRTCMediaTypeAudio || mediaType == LMRTCMediaTypeVideo;
   const bool disabled = stream.resourceState() == LMRTCResourceStateDisabled;

@@ -188,7 +188,7 @@ void LMRTCIWEngine::didReportLiveAudioStatus(const std::vector<LMRTCLiveAudioSta
   }
 }
 
-std::unordered_map<std::string, LMRTCLiveAudioStatus> LMRTCIWEngine::getFullAudioStates(
+std::unordered_map<std::string, LMRTCLiveAudioStatus> LMRTCIWEngineBase::getFullAudioStates(
     const std::vector<LMRTCLiveAudioStatus>& statuses) const {
   std::unordered_map<std::string, LMRTCLiveAudioStatus> states;
   for (const auto& status : statuses) states.insert_or_assign(status.streamId(), status);
@@ -204,11 +204,11 @@ std::unordered_map<std::string, LMRTCLiveAudioStatus> LMRTCIWEngine::getFullAudi
   return states;
 }
 
-std::shared_ptr<LMRTCIWStatsDelegate> LMRTCIWEngine::statsListener() const {
+std::shared_ptr<LMRTCIWStatsDelegate> LMRTCIWEngineBase::statsListener() const {
   return destroyed_ ? nullptr : statsDelegate_();
 }
 
-std::vector<std::shared_ptr<LMRTCBaseRoom>> LMRTCIWEngine::allRooms() const {
+std::vector<std::shared_ptr<LMRTCBaseRoom>> LMRTCIWEngineBase::allRooms() const {
   Rooms rooms;
   if (auto main = room()) rooms.push_back(std::move(main));
   for (auto& [roomId, subRoom] : subs()) {

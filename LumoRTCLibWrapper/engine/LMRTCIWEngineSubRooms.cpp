@@ -152,7 +152,7 @@ void LMRTCIWEngine::didFinishOtherRoom(const std::string& roomId, const std::str
   forgetSubRoom(roomId);
 }
 
-void LMRTCIWEngine::forgetSubRoom(const std::string& roomId) {
+void LMRTCIWEngineBase::forgetSubRoom(const std::string& roomId) {
   if (const auto subRoom = subs_.find(roomId).value_or(nullptr)) subRoom->setDelegate({});
   subs_.erase(roomId);
 }

@@ -7,7 +7,7 @@
 // The bodies of LMRTCIWEngine's helpers for calling the host; included by the engine's sources only.
 
 template <class Callback>
-std::shared_ptr<const Callback> LMRTCIWEngine::listener(Callback LMRTCIWEngineDelegate::*field) const {
+std::shared_ptr<const Callback> LMRTCIWEngineBase::listener(Callback LMRTCIWEngineDelegate::*field) const {
   if (destroyed_) return nullptr;
   const auto delegate = engineDelegate();
   if (!delegate || !((*delegate).*field)) return nullptr;
@@ -15,8 +15,8 @@ std::shared_ptr<const Callback> LMRTCIWEngine::listener(Callback LMRTCIWEngineDe
 }
 
 template <class... Parameters, class... Arguments>
-bool LMRTCIWEngine::notify(std::function<void(Parameters...)> LMRTCIWEngineDelegate::*field,
-                           const Arguments&... arguments) const {
+bool LMRTCIWEngineBase::notify(std::function<void(Parameters...)> LMRTCIWEngineDelegate::*field,
+                               const Arguments&... arguments) const {
   const auto callback = listener(field);
   if (!callback) return false;
   (*callback)(arguments...);
@@ -30,8 +30,9 @@ void LMRTCIWEngine::notifyOf(const std::weak_ptr<LMRTCIWEngine>& weak, Callback 
 }
 
 template <class Callback, class... Arguments>
-void LMRTCIWEngine::announceAs(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
-                               lumo::FormatValues values, const Arguments&... arguments) const {
+void LMRTCIWEngineBase::announceAs(Callback LMRTCIWEngineDelegate::*field, const char* method,
+                                   const char* keys, lumo::FormatValues values,
+                                   const Arguments&... arguments) const {
   const auto callback = listener(field);
   if (!callback) return;
   LMIMIWLog::listener(method, keys, values);
@@ -39,7 +40,7 @@ void LMRTCIWEngine::announceAs(Callback LMRTCIWEngineDelegate::*field, const cha
 }
 
 template <class Callback, class... Arguments>
-void LMRTCIWEngine::announce(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
-                             const Arguments&... arguments) const {
+void LMRTCIWEngineBase::announce(Callback LMRTCIWEngineDelegate::*field, const char* method, const char* keys,
+                                 const Arguments&... arguments) const {
   announceAs(field, method, keys, {arguments...}, arguments...);
 }
