@@ -8,8 +8,11 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/CameraInput.h"
+#include "LumoRTCLocal/media/SoundOutput.h"
 #include "LumoRTCLocal/media/TestPicture.h"
+#include "LumoRTCLocal/media/WavWriter.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalEngine.h"
@@ -32,6 +35,7 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
   context->speaker = std::make_shared<lumo::Speaker>();
   context->decoding = context->timeline->makeRunner("sound files");
+  if (options.soundOutput) context->speaker->setOutput(lumo::SoundOutput::open());
   context->files = std::make_shared<lumo::FilePlayback>(context->audio, context->speaker);
   return context;
 }
@@ -62,6 +66,10 @@ struct LumoRTCLocal::State {
                                                    lumo::ScriptedParticipant::makeTone(kLocalSource))),
         provider(std::make_shared<lumo::LocalProvider>(engine, engine->audioMixer())) {}
 
+  /// Lets `recorded`, the speaker or the microphone, write to another file.
+  template <class Recorded>
+  std::optional<std::string> record(lumo::Cell<std::shared_ptr<lumo::WavWriter>>& file,
+                                    const std::string& path, Recorded& recorded);
   void keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant);
 
   const std::shared_ptr<const lumo::LocalContext> context;
@@ -70,11 +78,30 @@ struct LumoRTCLocal::State {
   const std::shared_ptr<lumo::LocalEngine> engine;
   const std::shared_ptr<lumo::LocalProvider> provider;
 
+  lumo::Cell<std::shared_ptr<lumo::WavWriter>> speakerFile;
+  lumo::Cell<std::shared_ptr<lumo::WavWriter>> microphoneFile;
+
   std::mutex mutex;  ///< guards what follows
   std::uint32_t lastSource = kLocalSource;
   std::vector<std::shared_ptr<lumo::ScriptedParticipant>> participants;
   std::size_t tidyAt = kLeastTidied;  ///< how many there are when those who have left are dropped
 };
+
+template <class Recorded>
+std::optional<std::string> LumoRTCLocal::State::record(lumo::Cell<std::shared_ptr<lumo::WavWriter>>& file,
+                                                       const std::string& path, Recorded& recorded) {
+  recorded.setRecorder(nullptr);
+  const auto former = file.exchange(nullptr);
+  std::string error = former ? former->close() : std::string();
+  if (!path.empty()) {
+    auto created = lumo::WavWriter::create(*context->timeline, path);
+    if (!created.writer) error = std::move(created.error);
+    recorded.setRecorder(created.writer);
+    file.set(std::move(created.writer));
+  }
+  if (error.empty()) return std::nullopt;
+  return error;
+}
 
 void LumoRTCLocal::State::keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant) {
   std::vector<std::shared_ptr<lumo::ScriptedParticipant>> gone;  // dropped after the lock
@@ -103,6 +130,8 @@ LumoRTCLocal::~LumoRTCLocal() { uninstall(); }
 void LumoRTCLocal::uninstall() {
   if (LMRTCProvider::installed() == state_->provider) LMRTCProvider::install(nullptr);
   state_->engine->unInit();
+  recordSpeaker({});
+  recordMicrophone({});
   std::vector<std::shared_ptr<lumo::ScriptedParticipant>> participants;
   {
     const std::lock_guard lock(state_->mutex);
@@ -132,6 +161,14 @@ std::optional<UIPoint> LumoRTCLocal::cameraExposurePosition() const {
 
 void LumoRTCLocal::setSpeaker(std::function<void(const lumo::AudioBlock&, lumo::Microseconds)> sink) {
   state_->context->speaker->setSink(std::move(sink));
+}
+
+std::optional<std::string> LumoRTCLocal::recordSpeaker(const std::string& path) {
+  return state_->record(state_->speakerFile, path, *state_->context->speaker);
+}
+
+std::optional<std::string> LumoRTCLocal::recordMicrophone(const std::string& path) {
+  return state_->record(state_->microphoneFile, path, *state_->engine->microphone());
 }
 
 LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std::string& userId) {

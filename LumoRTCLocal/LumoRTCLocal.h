@@ -41,6 +41,8 @@ class LumoRTCLocal {
   struct Options {
     Pace pace = Pace::realTime;
     std::string userId = "local";  ///< of the local user
+    /// Whether what the speaker plays can be heard: on the machine's default sound output, if there is one.
+    bool soundOutput = false;
   };
 
   /// What a participant is in its room; it decides the kind of a room that does not exist yet.
@@ -157,6 +159,15 @@ class LumoRTCLocal {
   /// files that play. One block per 10 ms while the speaker is on and the local user is in a room or a file
   /// plays, on the audio thread. An empty sink plays nothing.
   void setSpeaker(std::function<void(const lumo::AudioBlock& block, lumo::Microseconds time)> sink);
+
+  /// Writes what the speaker plays, or what the local user's microphone stream sends, to a WAV file: from now
+  /// on until another path, an empty one or `uninstall` completes the file. The speaker's file grows while
+  /// the speaker plays (see setSpeaker); the other one while the stream is published, with silence where it
+  /// is muted.
+  /// @return nothing, or what is wrong, for people: with the file that was completed or, in place of it, with
+  /// the new one, which then is not written
+  std::optional<std::string> recordSpeaker(const std::string& path);
+  std::optional<std::string> recordMicrophone(const std::string& path);
 
   /// Puts a user into a room.
   JoinResult join(const std::string& roomId, const std::string& userId);

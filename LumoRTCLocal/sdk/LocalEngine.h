@@ -43,6 +43,7 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   void enableSpeaker(bool enabled) override { context_->speaker->setEnabled(enabled); }
   std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
   const std::shared_ptr<LocalAudioMixer>& audioMixer() const { return mixer_; }
+  const std::shared_ptr<LocalMicrophone>& microphone() const { return microphone_; }
 
   // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
   void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}

@@ -11,6 +11,7 @@ namespace lumo {
 namespace {
 
 constexpr std::uint64_t kFullVolume = 100;
+constexpr AudioBlock kSilence;
 
 StreamName defaultStream(const std::string& userId, std::int64_t mediaType) {
   return {userId, kLMRTCDefaultStreamTag, mediaType, LMRTCMediaStreamTypeNormal};
@@ -39,6 +40,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
 
   AudioTap& recordTap() { return recordTap_; }
   AudioTap& sendTap() { return sendTap_; }
+  void setRecorder(std::shared_ptr<WavWriter> recorder) { recorder_.set(std::move(recorder)); }
 
   void audioTickBegins(Microseconds time) override {
     const bool isCaptured = enabled_.load(std::memory_order_relaxed);
@@ -50,9 +52,10 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
       block_.samples.fill(0);
     }
     hasSound_ = files_->publish(block_, time) || isCaptured;
-    if (!hasSound_) return;
     const auto target = target_.get().lock();
-    if (target && target->isEnabled()) sendTap_.deliver(block_, time);
+    const bool isSent = hasSound_ && target && target->isEnabled();
+    if (isSent) sendTap_.deliver(block_, time);
+    if (const auto recorder = recorder_.get()) recorder->add(isSent ? block_ : kSilence);
   }
 
   bool hasSound() const override { return hasSound_; }
@@ -77,6 +80,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
   Cell<std::weak_ptr<Publication>> target_;  ///< what is sent; weak, as it owns the capture
   AudioTap recordTap_;
   AudioTap sendTap_;
+  Cell<std::shared_ptr<WavWriter>> recorder_;
 
   // Audio runner only.
   AudioMix mix_;
@@ -103,6 +107,10 @@ void LocalMicrophone::setActive(bool active) {
     active_ = active;
   }
   updateCapture();
+}
+
+void LocalMicrophone::setRecorder(std::shared_ptr<WavWriter> recorder) {
+  capture_->setRecorder(std::move(recorder));
 }
 
 void LocalMicrophone::setIsMute(bool mute) {

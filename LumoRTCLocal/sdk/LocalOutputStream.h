@@ -11,6 +11,7 @@
 #include "LumoRTCLibWrapper/platform/system/UIView.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/media/WavWriter.h"
 #include "LumoRTCLocal/sdk/CameraPair.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
@@ -50,6 +51,9 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
   /// Between the engine's initialisation and its end. The end also takes the callbacks away and switches the
   /// microphone on again.
   void setActive(bool active);
+
+  /// Writes what is sent, silence while it is muted or disabled, for as long as it captures; null ends it.
+  void setRecorder(std::shared_ptr<WavWriter> recorder);
 
   void setIsMute(bool mute) override;
   /// Without effect: sound goes uncompressed from member to member.

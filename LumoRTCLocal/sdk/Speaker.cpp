@@ -23,6 +23,8 @@ void Speaker::audioTick(Microseconds time) {
   }
   mix_.clear();
   if (!enabled_.load(std::memory_order_relaxed)) return;
+  if (const auto output = output_.get()) output->play(block_);
+  if (const auto recorder = recorder_.get()) recorder->add(block_);
   if (const auto sink = sink_.get()) (*sink)(block_, time);
 }
 

@@ -3,9 +3,12 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/media/SoundOutput.h"
+#include "LumoRTCLocal/media/WavWriter.h"
 #include "LumoRTCLocal/sdk/AudioTap.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
 
@@ -19,6 +22,9 @@ class Speaker : public AudioTickListener {
 
   /// Any thread; an empty sink plays nowhere.
   void setSink(Sink sink);
+  /// Where else it is played and written; null for nowhere. Any thread.
+  void setOutput(std::shared_ptr<SoundOutput> output) { output_.set(std::move(output)); }
+  void setRecorder(std::shared_ptr<WavWriter> recorder) { recorder_.set(std::move(recorder)); }
   /// A speaker that is off gives its sink nothing. Any thread.
   void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
   /// While received sound is muted, the streams bring nothing. Any thread.
@@ -40,6 +46,8 @@ class Speaker : public AudioTickListener {
   std::atomic<bool> muted_{false};
   AudioTap receivedTap_;
   Cell<std::shared_ptr<const Sink>> sink_;
+  Cell<std::shared_ptr<SoundOutput>> output_;
+  Cell<std::shared_ptr<WavWriter>> recorder_;
   AudioMix mix_;  // audio runner only, as the block
   AudioMix local_;
   AudioBlock block_;

@@ -1,7 +1,16 @@
+#include <atomic>
 #include <cmath>
 #include <functional>
+#include <optional>
+#include <semaphore>
+#include <span>
+#include <thread>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioEffectManager.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
+#include "LumoRTCLocal/media/MediaFileReader.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "tests/end2end/CallTest.h"
 #include "tests/support/MediaFixtures.h"
@@ -241,6 +250,89 @@ TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
     EXPECT_TRUE(reached > 300 && reached < 1500) << name << " " << reached;
     EXPECT_EQ("10 0 0 | 0 0", levels()) << "the call goes on";
   }
+}
+
+TEST_F(SoundFilesTest, BothSidesAreRecorded) {
+  const std::string path = writeTones(folder, "a.wav", {{500, 1}});
+  ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
+  ASSERT_EQ(std::nullopt, local->recordMicrophone(folder.path("sent.wav")));
+  EXPECT_NE(std::nullopt, local->recordSpeaker(folder.path("no/folder.wav"))) << "and the former is complete";
+  ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
+  ASSERT_EQ(0, engine->startAudioMixing(path, LocalMixerModeMix, true, 1));
+  advance(500ms);
+  engine->muteLocalStream(kAudio, true);
+  advance(500ms);
+  ASSERT_EQ(std::nullopt, local->recordSpeaker({}));
+  ASSERT_EQ(std::nullopt, local->recordMicrophone({}));
+  advance(500ms);
+  struct File {
+    const char* name;
+    double microphone;
+    double file;
+    double fileWhileMuted;
+  };
+  for (const File& file :
+       {File{"speaker.wav", 0, kFileLevel, kFileLevel}, File{"sent.wav", kMicrophoneLevel, kFileLevel, 0}}) {
+    const auto reader = MediaFileReader::open(folder.path(file.name), MediaKind::sound).reader;
+    ASSERT_TRUE(reader) << file.name;
+    EXPECT_EQ(1s, reader->duration()) << file.name;
+    std::vector<std::int16_t> samples;
+    while (const auto sound = reader->nextSound())
+      samples.insert(samples.end(), sound->samples.begin(), sound->samples.end());
+    ASSERT_EQ(100 * AudioBlock::kSamples, samples.size()) << file.name;
+    const std::span half(samples.data(), samples.size() / 2);
+    EXPECT_NEAR(file.microphone, toneLevel(half, 300), 0.005) << file.name;
+    EXPECT_NEAR(file.file, toneLevel(half, 500), 0.005) << file.name;
+    EXPECT_NEAR(file.fileWhileMuted, toneLevel(std::span(samples).subspan(half.size()), 500), 0.005)
+        << file.name;
+  }
+}
+
+/// Real time: files start, move and end on one thread while another one steers them.
+TEST(SoundFilesInRealTimeTest, AreSteeredFromAnyThread) {
+  const TempFolder folder;
+  const std::string path = writeTones(folder, "a.mp3", {{500, 0.1}});
+  const auto local = LumoRTCLocal::install({.soundOutput = true});
+  const auto engine = LMRTCEngine::sharedInstance();
+  const auto mixer = LMRTCAudioMixer::sharedInstance();
+  engine->initWithConfig(LMRTCConfig());
+  struct Listener : LMRTCAudioMixerAudioPlayDelegate {
+    void didReportPlayingProgress(float) override {}
+    void didAudioMixingStateChanged(std::uint64_t state, std::uint64_t reason) override {
+      if (state == LocalMixingStateStopped && reason == LocalMixingReasonEndOfFile) ended.release();
+    }
+    std::counting_semaphore<> ended{0};
+  };
+  const auto listener = std::make_shared<Listener>();
+  mixer->setDelegate(listener);
+  std::atomic<int> blocks{0};
+  local->setSpeaker([&](const AudioBlock&, Microseconds) { ++blocks; });
+  ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
+  std::thread effects([&] {
+    const auto manager = engine->audioEffectManager();
+    for (std::int64_t i = 0; i < 40; ++i) {
+      manager->playEffect(i % 4, path, 1, true);
+      manager->setVolumeOfEffect(i % 4, 50);
+      manager->pauseAllEffects();
+      manager->resumeEffect(i % 4);
+      if (i % 3 == 0) manager->stopEffect(i % 4);
+    }
+  });
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_TRUE(mixer->startMixingWithURL(path, true, i % 3, 0));
+    mixer->setPlayProgress(0.01 * i);
+    mixer->setMixingVolume(50);
+    mixer->pause();
+    mixer->resume();
+  }
+  effects.join();
+  ASSERT_TRUE(mixer->startMixingWithURL(path, true, LocalMixerModeMix, 2));
+  EXPECT_TRUE(listener->ended.try_acquire_for(20s));
+  EXPECT_GE(blocks, 10) << "the second pass; the first began at a position set before, behind its end";
+  engine->unInit();
+  EXPECT_EQ(std::nullopt, local->recordSpeaker({}));
+  local->setSpeaker({});
+  local->uninstall();
 }
 
 }  // namespace
