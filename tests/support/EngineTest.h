@@ -23,85 +23,43 @@
 
 namespace lumo {
 
-/// Calls `visit(name, field)` for every callback of the listener.
+/// Every callback of the listener, in the order of the declarations.
+#define LUMO_CALLBACKS                                                                                       \
+  onRoomJoined, onRoomLeft, onKicked, onSubRoomBanded, onUserJoined, onUserLeft, onUserOffline,              \
+      onRemoteLiveRoleSwitched, onRemotePublished, onRemoteUnpublished, onRemoteStateChanged,                \
+      onRemoteFirstFrame, onRemoteCustomStreamPublished, onRemoteCustomStreamUnpublished,                    \
+      onRemoteCustomStreamStateChanged, onRemoteCustomStreamFirstFrame, onRemoteLiveMixPublished,            \
+      onRemoteLiveMixUnpublished, onRemoteLiveMixFirstFrame, onRemoteLiveMixInnerCdnStreamPublished,         \
+      onRemoteLiveMixInnerCdnStreamUnpublished, onPublished, onUnpublished, onSubscribed, onUnsubscribed,    \
+      onLiveMixSubscribed, onLiveMixUnsubscribed, onCameraEnabled, onCameraSwitched, onLiveMixLayoutModeSet, \
+      onLiveMixRenderModeSet, onLiveMixBackgroundColorSet, onLiveMixCustomLayoutsSet,                        \
+      onLiveMixCustomAudiosSet, onLiveMixAudioBitrateSet, onLiveMixVideoBitrateSet,                          \
+      onLiveMixVideoResolutionSet, onLiveMixVideoFpsSet, onLiveCdnAdded, onLiveCdnRemoved,                   \
+      onLiveMixInnerCdnStreamEnabled, onLiveMixInnerCdnStreamSubscribed,                                     \
+      onLiveMixInnerCdnStreamUnsubscribed, onLocalLiveMixInnerCdnVideoResolutionSet,                         \
+      onLocalLiveMixInnerCdnVideoFpsSet, onLiveRoleSwitched, onAudioEffectCreated, onAudioMixingStarted,     \
+      onAudioMixingPaused, onAudioMixingResume, onAudioMixingStopped, onAudioMixingProgressReported,         \
+      onAudioMixingFinished, onCustomStreamPublished, onCustomStreamUnpublished,                             \
+      onCustomStreamPublishFinished, onCustomStreamSubscribed, onCustomStreamUnsubscribed,                   \
+      onJoinSubRoomRequested, onJoinSubRoomRequestCanceled, onJoinSubRoomRequestResponded,                   \
+      onJoinSubRoomRequestReceived, onCancelJoinSubRoomRequestReceived,                                      \
+      onJoinSubRoomRequestResponseReceived, onSubRoomJoined, onSubRoomLeft, onSubRoomDisband,                \
+      onWatermarkSet, onWatermarkRemoved, onNetworkProbeStarted, onNetworkProbeStopped, onSeiEnabled,        \
+      onSeiReceived, onLiveMixSeiReceived
+#define LUMO_TEXT_OF(...) #__VA_ARGS__
+#define LUMO_TEXT(...) LUMO_TEXT_OF(__VA_ARGS__)
+
+/// Calls `visit(name, field)` for every callback of the listener. Does not compile when one is missing above.
 template <class Visitor>
 void forEachCallback(LMRTCIWEngineDelegate& host, const Visitor& visit) {
-#define LUMO_VISIT(name) visit(#name, host.name)
-  LUMO_VISIT(onRoomJoined);
-  LUMO_VISIT(onRoomLeft);
-  LUMO_VISIT(onKicked);
-  LUMO_VISIT(onSubRoomBanded);
-  LUMO_VISIT(onUserJoined);
-  LUMO_VISIT(onUserLeft);
-  LUMO_VISIT(onUserOffline);
-  LUMO_VISIT(onRemoteLiveRoleSwitched);
-  LUMO_VISIT(onRemotePublished);
-  LUMO_VISIT(onRemoteUnpublished);
-  LUMO_VISIT(onRemoteStateChanged);
-  LUMO_VISIT(onRemoteFirstFrame);
-  LUMO_VISIT(onRemoteCustomStreamPublished);
-  LUMO_VISIT(onRemoteCustomStreamUnpublished);
-  LUMO_VISIT(onRemoteCustomStreamStateChanged);
-  LUMO_VISIT(onRemoteCustomStreamFirstFrame);
-  LUMO_VISIT(onRemoteLiveMixPublished);
-  LUMO_VISIT(onRemoteLiveMixUnpublished);
-  LUMO_VISIT(onRemoteLiveMixFirstFrame);
-  LUMO_VISIT(onRemoteLiveMixInnerCdnStreamPublished);
-  LUMO_VISIT(onRemoteLiveMixInnerCdnStreamUnpublished);
-  LUMO_VISIT(onPublished);
-  LUMO_VISIT(onUnpublished);
-  LUMO_VISIT(onSubscribed);
-  LUMO_VISIT(onUnsubscribed);
-  LUMO_VISIT(onLiveMixSubscribed);
-  LUMO_VISIT(onLiveMixUnsubscribed);
-  LUMO_VISIT(onSeiReceived);
-  LUMO_VISIT(onLiveMixSeiReceived);
-  LUMO_VISIT(onLiveMixInnerCdnStreamEnabled);
-  LUMO_VISIT(onAudioEffectCreated);
-  LUMO_VISIT(onCustomStreamPublished);
-  LUMO_VISIT(onCustomStreamUnpublished);
-  LUMO_VISIT(onCustomStreamSubscribed);
-  LUMO_VISIT(onCustomStreamUnsubscribed);
-  LUMO_VISIT(onJoinSubRoomRequested);
-  LUMO_VISIT(onJoinSubRoomRequestCanceled);
-  LUMO_VISIT(onJoinSubRoomRequestResponded);
-  LUMO_VISIT(onJoinSubRoomRequestReceived);
-  LUMO_VISIT(onCancelJoinSubRoomRequestReceived);
-  LUMO_VISIT(onJoinSubRoomRequestResponseReceived);
-  LUMO_VISIT(onSubRoomJoined);
-  LUMO_VISIT(onCameraEnabled);
-  LUMO_VISIT(onCameraSwitched);
-  LUMO_VISIT(onLiveMixLayoutModeSet);
-  LUMO_VISIT(onLiveMixRenderModeSet);
-  LUMO_VISIT(onLiveMixBackgroundColorSet);
-  LUMO_VISIT(onLiveMixCustomLayoutsSet);
-  LUMO_VISIT(onLiveMixCustomAudiosSet);
-  LUMO_VISIT(onLiveMixAudioBitrateSet);
-  LUMO_VISIT(onLiveMixVideoBitrateSet);
-  LUMO_VISIT(onLiveMixVideoResolutionSet);
-  LUMO_VISIT(onLiveMixVideoFpsSet);
-  LUMO_VISIT(onLiveCdnAdded);
-  LUMO_VISIT(onLiveCdnRemoved);
-  LUMO_VISIT(onLiveMixInnerCdnStreamSubscribed);
-  LUMO_VISIT(onLiveMixInnerCdnStreamUnsubscribed);
-  LUMO_VISIT(onLocalLiveMixInnerCdnVideoResolutionSet);
-  LUMO_VISIT(onLocalLiveMixInnerCdnVideoFpsSet);
-  LUMO_VISIT(onLiveRoleSwitched);
-  LUMO_VISIT(onAudioMixingStarted);
-  LUMO_VISIT(onAudioMixingPaused);
-  LUMO_VISIT(onAudioMixingResume);
-  LUMO_VISIT(onAudioMixingStopped);
-  LUMO_VISIT(onAudioMixingProgressReported);
-  LUMO_VISIT(onAudioMixingFinished);
-  LUMO_VISIT(onCustomStreamPublishFinished);
-  LUMO_VISIT(onSubRoomLeft);
-  LUMO_VISIT(onSubRoomDisband);
-  LUMO_VISIT(onWatermarkSet);
-  LUMO_VISIT(onWatermarkRemoved);
-  LUMO_VISIT(onNetworkProbeStarted);
-  LUMO_VISIT(onNetworkProbeStopped);
-  LUMO_VISIT(onSeiEnabled);
-#undef LUMO_VISIT
+  auto& [LUMO_CALLBACKS] = host;
+  std::istringstream names(LUMO_TEXT(LUMO_CALLBACKS));
+  const auto visitNext = [&](auto& field) {
+    std::string name;
+    std::getline(names >> std::ws, name, ',');
+    visit(name, field);
+  };
+  [&](auto&... fields) { (visitNext(fields), ...); }(LUMO_CALLBACKS);
 }
 
 /// A view of the host that writes down what it is told.

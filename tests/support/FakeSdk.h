@@ -67,6 +67,17 @@ struct Context {
     trace->add("sdk " + lumo::format(format, values));
   }
 
+  /// Writes the call down and owes its completion.
+  void ask(Completion completion, std::string_view format, FormatValues values = {}) {
+    call(format, values);
+    owe(std::move(completion));
+  }
+  /// The same for completions that are told of success too.
+  void ask(std::function<void(bool success, std::int64_t code)> completion, std::string_view format,
+           FormatValues values = {}) {
+    ask([done = std::move(completion)](std::int64_t code) { done(code == 0, code); }, format, values);
+  }
+
   void owe(Completion completion) {
     const std::lock_guard lock(mutex);
     owed.push_back(std::move(completion));
@@ -272,20 +283,16 @@ class LiveInfo : public LMRTCLiveInfo, Counted {
   explicit LiveInfo(Shared context) : context_(std::move(context)) {}
 
   void setMixConfig(const LMRTCMixConfig& config, Completion done) override {
-    context_->call("setMixConfig%@", {text(config)});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "setMixConfig%@", {text(config)});
   }
   void addPublishStreamUrl(const std::string& url, Completion done) override {
-    context_->call("addPublishStreamUrl %@", {url});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "addPublishStreamUrl %@", {url});
   }
   void removePublishStreamUrl(const std::string& url, Completion done) override {
-    context_->call("removePublishStreamUrl %@", {url});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "removePublishStreamUrl %@", {url});
   }
   void enableInnerCDN(bool enabled, SwitchCompletion done) override {
-    context_->call("enableInnerCDN %@", {enabled});
-    context_->owe([done = std::move(done)](std::int64_t code) { done(code == 0, code); });
+    context_->ask(std::move(done), "enableInnerCDN %@", {enabled});
   }
 
  private:
@@ -396,22 +403,19 @@ class LocalUser : public LMRTCLocalUser, Counted {
   }
   void requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool autoMix,
                             const std::string& extra, CodeCompletion done) override {
-    context_->call("requestJoinOtherRoom %@ %@ %@ %@", {roomId, userId, autoMix, extra});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "requestJoinOtherRoom %@ %@ %@ %@", {roomId, userId, autoMix, extra});
   }
   void cancelRequestJoinOtherRoom(const std::string& roomId, const std::string& userId,
                                   const std::string& extra, CodeCompletion done) override {
-    context_->call("cancelRequestJoinOtherRoom %@ %@ %@", {roomId, userId, extra});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "cancelRequestJoinOtherRoom %@ %@ %@", {roomId, userId, extra});
   }
   void responseJoinOtherRoom(const std::string& roomId, const std::string& userId, bool agree, bool autoMix,
                              const std::string& extra, CodeCompletion done) override {
-    context_->call("responseJoinOtherRoom %@ %@ %@ %@ %@", {roomId, userId, agree, autoMix, extra});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "responseJoinOtherRoom %@ %@ %@ %@ %@",
+                  {roomId, userId, agree, autoMix, extra});
   }
   void setEnableSEI(bool enabled, CodeCompletion done) override {
-    context_->call("setEnableSEI %@", {enabled});
-    context_->owe(std::move(done));
+    context_->ask(std::move(done), "setEnableSEI %@", {enabled});
   }
   std::int64_t sendSEI(const std::string& sei) override {
     context_->call("sendSEI %@", {sei});
@@ -428,10 +432,7 @@ class LocalUser : public LMRTCLocalUser, Counted {
       ids.push_back(stream->streamId() + (stream->mediaType() == 1 ? ":v" : ":a"));
     return lumo::format("%@", {ids});
   }
-  void answer(const std::string& what, Completion done) {
-    context_->call("%@", {what});
-    context_->owe([done = std::move(done)](std::int64_t code) { done(code == 0, code); });
-  }
+  void answer(const std::string& what, Completion done) { context_->ask(std::move(done), "%@", {what}); }
   void answerLive(const std::string& what, LiveCompletion done) {
     context_->call("%@", {what});
     context_->owe([done = std::move(done), info = nextLiveInfo.get()](std::int64_t code) {
@@ -584,10 +585,7 @@ class Engine : public LMRTCEngine, Counted {
       done(code, room.lock());
     });
   }
-  void leaveRoom(Completion done) override {
-    context_->call("leaveRoom");
-    context_->owe(std::move(done));
-  }
+  void leaveRoom(Completion done) override { context_->ask(std::move(done), "leaveRoom"); }
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera; }
   void enableSpeaker(bool enabled) override { context_->call("enableSpeaker %@", {enabled}); }
@@ -601,8 +599,7 @@ class Engine : public LMRTCEngine, Counted {
         [done = std::move(done), other = nextOtherRoom.get()](std::int64_t code) { done(code, other); });
   }
   void leaveOtherRoom(const std::string& roomId, bool notifyFinished, LeaveOtherCompletion done) override {
-    context_->call("leaveOtherRoom %@ %@", {roomId, notifyFinished});
-    context_->owe([done = std::move(done)](std::int64_t code) { done(code == 0, code); });
+    context_->ask(std::move(done), "leaveOtherRoom %@ %@", {roomId, notifyFinished});
   }
   std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
       const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
@@ -617,14 +614,8 @@ class Engine : public LMRTCEngine, Counted {
     context_->call("setProbeTestDelegate %@", {delegate.expired() ? "nil" : "engine"});
     probeDelegate.set(std::move(delegate));
   }
-  void startRTCProbeTest(Completion done) override {
-    context_->call("startRTCProbeTest");
-    context_->owe(std::move(done));
-  }
-  void stopRTCProbeTest(Completion done) override {
-    context_->call("stopRTCProbeTest");
-    context_->owe(std::move(done));
-  }
+  void startRTCProbeTest(Completion done) override { context_->ask(std::move(done), "startRTCProbeTest"); }
+  void stopRTCProbeTest(Completion done) override { context_->ask(std::move(done), "stopRTCProbeTest"); }
   void preconnectMediaServer() override { context_->call("preconnectMediaServer"); }
 
   /// What other joins and file streams deliver.

@@ -16,18 +16,18 @@ const std::string kNoRoomOrSetup = kNoRoom + " or iwRoomSetup is nil";
 
 TEST_F(ConfigTest, ConfigsReachTheDefaultStreamsConvertedButUnchecked) {
   LMRTCIWAudioConfig audioConfig{.quality = 2, .scenario = 3, .recordingVolume = 250};
-  EXPECT_EQ(0, engine->setAudioConfig(&audioConfig));
-  EXPECT_TRACE("T setAudioConfig quality:2,scenario:3,recordingVolume:250", "sdk me_mic.setAudioQuality 2 0",
-               "sdk me_mic.setRecordingVolume 250");
+  expect(0, engine->setAudioConfig(&audioConfig),
+         {"T setAudioConfig quality:2,scenario:3,recordingVolume:250", "sdk me_mic.setAudioQuality 2 0",
+          "sdk me_mic.setRecordingVolume 250"});
 
   LMRTCIWVideoConfig config{.minBitrate = 1, .maxBitrate = 2, .fps = 3, .resolution = 17, .mirror = true};
-  EXPECT_EQ(0, engine->setVideoConfig(&config));
-  EXPECT_TRACE("T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1",
-               "T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:0",
-               "sdk me_cam.setVideoConfig 1-2 fps 3 size -1", "sdk me_cam.setIsEncoderMirror 1");
-  EXPECT_EQ(0, engine->setVideoConfig(&config, true));
-  EXPECT_TRACE("T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:1",
-               "sdk me_cam.setTinyVideoConfig 1-2 fps 3 size -1");
+  expect(0, engine->setVideoConfig(&config),
+         {"T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1",
+          "T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:0",
+          "sdk me_cam.setVideoConfig 1-2 fps 3 size -1", "sdk me_cam.setIsEncoderMirror 1"});
+  expect(0, engine->setVideoConfig(&config, true),
+         {"T setVideoConfig minBitrate:1,maxBitrate:2,fps:3,resolution:17,mirror:1,tiny:1",
+          "sdk me_cam.setTinyVideoConfig 1-2 fps 3 size -1"});
 
   engine->setRtcEngine(nullptr);
   EXPECT_EQ(0, engine->setAudioConfig(&audioConfig));
@@ -36,13 +36,12 @@ TEST_F(ConfigTest, ConfigsReachTheDefaultStreamsConvertedButUnchecked) {
 }
 
 TEST_F(ConfigTest, AnAbsentConfigIsRefusedAndTheVideoFormLogsUnderTheAudioName) {
-  EXPECT_EQ(kBadParameter, engine->setAudioConfig(nullptr));
-  EXPECT_TRACE("T setAudioConfig quality:0,scenario:0,recordingVolume:0",
-               "E setAudioConfig msg:config is nil");
-  EXPECT_EQ(kBadParameter, engine->setVideoConfig(nullptr));
-  EXPECT_TRACE("T setVideoConfig minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0",
-               "T setVideoConfig minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0,tiny:0",
-               "E setAudioConfig msg:config is nil");
+  expect(kBadParameter, engine->setAudioConfig(nullptr),
+         {"T setAudioConfig quality:0,scenario:0,recordingVolume:0", "E setAudioConfig msg:config is nil"});
+  expect(kBadParameter, engine->setVideoConfig(nullptr),
+         {"T setVideoConfig minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0",
+          "T setVideoConfig minBitrate:0,maxBitrate:0,fps:0,resolution:0,mirror:0,tiny:0",
+          "E setAudioConfig msg:config is nil"});
 }
 
 const std::string kCodec = "sdk me_mic.setAudioCodecType 111";
@@ -68,13 +67,13 @@ TEST_F(PublishTest, PublishAndUnpublishTakeTheWayOfTheRoleForEveryMediaType) {
     std::vector<std::string> lines = {"T publish " + call, "sdk publish" + what[role][type]};
     lines.insert(lines.begin() + 1, prepared[type].begin(), prepared[type].end());
     EXPECT_EQ(Trace::text(lines), trace->take());
-    sdk->complete(code);
-    EXPECT_TRACE(status + "publish callback:onPublished" + values, "host onPublished " + outcome);
+    expect(true, sdk->complete(code),
+           {status + "publish callback:onPublished" + values, "host onPublished " + outcome});
 
-    EXPECT_EQ(0, engine->unpublish(static_cast<std::int64_t>(type)));
-    EXPECT_TRACE("T unpublish " + call, "sdk unpublish" + what[role][type]);
-    sdk->complete(code);
-    EXPECT_TRACE(status + "unpublish callback:onUnpublished" + values, "host onUnpublished " + outcome);
+    expect(0, engine->unpublish(static_cast<std::int64_t>(type)),
+           {"T unpublish " + call, "sdk unpublish" + what[role][type]});
+    expect(true, sdk->complete(code),
+           {status + "unpublish callback:onUnpublished" + values, "host onUnpublished " + outcome});
   }
 }
 
@@ -127,29 +126,27 @@ TEST_F(PublishTest, PreparationReadsTheEngineSetupAtEachCall) {
 
 TEST_F(PublishTest, ChecksComeInTheirOrder) {
   EXPECT_EQ(kNotJoined, engine->publish(3));
-  EXPECT_EQ(kNotJoined, engine->unpublish(3));
-  EXPECT_TRACE("T publish type:3", "E publish" + kNoRoomOrSetup, "T unpublish type:3",
-               "E unpublish" + kNoRoom);
+  expect(kNotJoined, engine->unpublish(3),
+         {"T publish type:3", "E publish" + kNoRoomOrSetup, "T unpublish type:3", "E unpublish" + kNoRoom});
 
   join(LMRTCIWRoleLiveAudience);
   for (const std::int64_t type : {3, -1}) {
     const std::string text = std::to_string(type);
     EXPECT_EQ(kBadParameter, engine->publish(type));
-    EXPECT_EQ(kBadParameter, engine->unpublish(type));
-    EXPECT_TRACE("T publish type:" + text, "E publish msg:streamArray count is 0", "T unpublish type:" + text,
-                 "E unpublish msg:streamArray count is 0");
+    expect(kBadParameter, engine->unpublish(type),
+           {"T publish type:" + text, "E publish msg:streamArray count is 0", "T unpublish type:" + text,
+            "E unpublish msg:streamArray count is 0"});
   }
   // The role is refused silently, after the streams have been prepared.
   EXPECT_EQ(kBadParameter, engine->publish(2));
-  EXPECT_EQ(kBadParameter, engine->unpublish(2));
-  EXPECT_TRACE("T publish type:2", kCodec, kTiny, "T unpublish type:2");
+  expect(kBadParameter, engine->unpublish(2), {"T publish type:2", kCodec, kTiny, "T unpublish type:2"});
 
   // Only publishing needs the room setup.
   engine->setIwRoomSetup(nullptr);
   EXPECT_EQ(kNotJoined, engine->publish(0));
-  EXPECT_EQ(0, engine->unpublish(0));
-  EXPECT_TRACE("T publish type:0", "E publish" + kNoRoomOrSetup, "T unpublish type:0",
-               "sdk unpublishStreams (me_mic:a)");
+  expect(0, engine->unpublish(0),
+         {"T publish type:0", "E publish" + kNoRoomOrSetup, "T unpublish type:0",
+          "sdk unpublishStreams (me_mic:a)"});
   room->me = nullptr;
   EXPECT_EQ(kNotJoined, engine->unpublish(0));
 }
@@ -202,45 +199,43 @@ TEST_F(SubscribeTest, ForwardingFormsLogTheirOwnLineFirst) {
   const std::string list = "T subscribeWithUserIds userIdArray:(u1),type:0,tiny:";
   const std::string lookUp = "T getRemoteUser userId:u1";
   const std::string send = "sdk subscribeStream (u1_LumoCloudRTC:a) tiny nil";
-  EXPECT_EQ(0, engine->subscribe("u1", 0));
-  EXPECT_TRACE("T subscribe userId:u1,type:0", "T subscribe userId:u1,type:0,tiny:0", list + "0", lookUp,
-               send);
-  EXPECT_EQ(0, engine->subscribe("u1", 0, true));
-  EXPECT_TRACE("T subscribe userId:u1,type:0,tiny:1", list + "1", lookUp,
-               "sdk subscribeStream nil tiny (u1_LumoCloudRTC:a)");
-  EXPECT_EQ(0, engine->subscribeWithUserIds({"u1"}, 0));
-  EXPECT_TRACE("T subscribeWithUserIds userIdArray:(u1),type:0", list + "0", lookUp, send);
-  EXPECT_EQ(0, engine->unsubscribe("u1", 0));
-  EXPECT_TRACE("T unsubscribe userId:u1,type:0", "T unsubscribeWithUserIds userIdArray:(u1),type:0", lookUp,
-               "sdk unsubscribeStreams (u1_LumoCloudRTC:a)");
+  expect(0, engine->subscribe("u1", 0),
+         {"T subscribe userId:u1,type:0", "T subscribe userId:u1,type:0,tiny:0", list + "0", lookUp, send});
+  expect(0, engine->subscribe("u1", 0, true),
+         {"T subscribe userId:u1,type:0,tiny:1", list + "1", lookUp,
+          "sdk subscribeStream nil tiny (u1_LumoCloudRTC:a)"});
+  expect(0, engine->subscribeWithUserIds({"u1"}, 0),
+         {"T subscribeWithUserIds userIdArray:(u1),type:0", list + "0", lookUp, send});
+  expect(0, engine->unsubscribe("u1", 0),
+         {"T unsubscribe userId:u1,type:0", "T unsubscribeWithUserIds userIdArray:(u1),type:0", lookUp,
+          "sdk unsubscribeStreams (u1_LumoCloudRTC:a)"});
 }
 
 TEST_F(SubscribeTest, ChecksComeInTheirOrderWithTheirOwnTexts) {
   const std::string none = "-E msg:streams count is 0";
-  EXPECT_EQ(kBadParameter, engine->subscribe(std::nullopt, 2));
-  EXPECT_TRACE("T subscribe userId:(null),type:2", "T subscribe userId:(null),type:2,tiny:0",
-               "E unpublish msg:userId is nil");
-  EXPECT_EQ(kBadParameter, engine->unsubscribe(std::nullopt, 2));
-  EXPECT_TRACE("T unsubscribe userId:(null),type:2", "E unsubscribe msg:userId is nil");
+  expect(kBadParameter, engine->subscribe(std::nullopt, 2),
+         {"T subscribe userId:(null),type:2", "T subscribe userId:(null),type:2,tiny:0",
+          "E unpublish msg:userId is nil"});
+  expect(kBadParameter, engine->unsubscribe(std::nullopt, 2),
+         {"T unsubscribe userId:(null),type:2", "E unsubscribe msg:userId is nil"});
 
   EXPECT_EQ(kNotJoined, engine->subscribeWithUserIds({}, 2, false));
   EXPECT_EQ(kNotJoined, engine->unsubscribeWithUserIds({"u1"}, 2));
   EXPECT_EQ(kNotJoined, engine->subscribeLiveMix(2));
-  EXPECT_EQ(kNotJoined, engine->unsubscribeLiveMix(2));
-  EXPECT_TRACE("T subscribeWithUserIds userIdArray:(),type:2,tiny:0", "E subscribeWithUserIds" + kNoRoom,
-               "T unsubscribeWithUserIds userIdArray:(u1),type:2",
-               "E unsubscribeWithUserIds" + kNoRoom + " or userIdArray count is 0",
-               "T subscribeLiveMix type:2", "T subscribeLiveMix type:2,tiny:0",
-               "E subscribeLiveMix" + kNoRoom, "T unsubscribeLiveMix type:2",
-               "E unsubscribeLiveMix" + kNoRoom);
+  expect(kNotJoined, engine->unsubscribeLiveMix(2),
+         {"T subscribeWithUserIds userIdArray:(),type:2,tiny:0", "E subscribeWithUserIds" + kNoRoom,
+          "T unsubscribeWithUserIds userIdArray:(u1),type:2",
+          "E unsubscribeWithUserIds" + kNoRoom + " or userIdArray count is 0", "T subscribeLiveMix type:2",
+          "T subscribeLiveMix type:2,tiny:0", "E subscribeLiveMix" + kNoRoom, "T unsubscribeLiveMix type:2",
+          "E unsubscribeLiveMix" + kNoRoom});
 
   room->users = {user("u1", {audio("u1"), stream("u1", "t", 1)})};
   join();
   EXPECT_EQ(kBadParameter, engine->subscribeWithUserIds({}, 2, false));
-  EXPECT_EQ(kNotJoined, engine->unsubscribeWithUserIds({}, 2));
-  EXPECT_TRACE("T subscribeWithUserIds userIdArray:(),type:2,tiny:0",
-               "log 2 IW/RTC-subscribeWithUserIds" + none, "T unsubscribeWithUserIds userIdArray:(),type:2",
-               "E unsubscribeWithUserIds" + kNoRoom + " or userIdArray count is 0");
+  expect(kNotJoined, engine->unsubscribeWithUserIds({}, 2),
+         {"T subscribeWithUserIds userIdArray:(),type:2,tiny:0", "log 2 IW/RTC-subscribeWithUserIds" + none,
+          "T unsubscribeWithUserIds userIdArray:(),type:2",
+          "E unsubscribeWithUserIds" + kNoRoom + " or userIdArray count is 0"});
   for (const std::int64_t type : {1, 5, -1}) {
     EXPECT_EQ(kBadParameter, engine->subscribeWithUserIds({"u1"}, type, false)) << type;
     EXPECT_EQ(kBadParameter, engine->unsubscribeWithUserIds({"u1"}, type)) << type;
@@ -270,35 +265,34 @@ TEST_F(SubscribeTest, UnsetCallbacksStillLeaveTheirResultLine) {
 TEST_F(SubscribeTest, TheLiveMixTakesEveryStreamUnlessOneMediaTypeIsNamed) {
   join(LMRTCIWRoleLiveAudience);
   EXPECT_EQ(kBadParameter, engine->subscribeLiveMix(0));
-  EXPECT_EQ(kBadParameter, engine->unsubscribeLiveMix(0));
-  EXPECT_TRACE("T subscribeLiveMix type:0", "T subscribeLiveMix type:0,tiny:0",
-               "E subscribeLiveMix msg:streamArray count is 0", "T unsubscribeLiveMix type:0",
-               "E unsubscribeLiveMix msg:streamArray count is 0");
+  expect(kBadParameter, engine->unsubscribeLiveMix(0),
+         {"T subscribeLiveMix type:0", "T subscribeLiveMix type:0,tiny:0",
+          "E subscribeLiveMix msg:streamArray count is 0", "T unsubscribeLiveMix type:0",
+          "E unsubscribeLiveMix msg:streamArray count is 0"});
 
   room->live = {stream("mix", "l", 0, 2), stream("mix", "l", 1, 2)};
   const std::vector<std::pair<std::int64_t, std::string>> rows = {
       {0, "(mix_l:a)"}, {1, "(mix_l:v)"}, {2, "(mix_l:a, mix_l:v)"}, {5, "(mix_l:a, mix_l:v)"}};
   for (const auto& [type, streams] : rows) {
     const std::string text = "type:" + std::to_string(type);
-    EXPECT_EQ(0, engine->subscribeLiveMix(type, true));
-    EXPECT_TRACE("T subscribeLiveMix " + text + ",tiny:1", "sdk subscribeStream nil tiny " + streams);
-    sdk->complete();
-    EXPECT_TRACE("R subscribeLiveMix callback:onLiveMixSubscribed, code:0, " + text + ",tiny:1",
-                 "host onLiveMixSubscribed " + std::to_string(type) + " 0 ok");
+    expect(0, engine->subscribeLiveMix(type, true),
+           {"T subscribeLiveMix " + text + ",tiny:1", "sdk subscribeStream nil tiny " + streams});
+    expect(true, sdk->complete(),
+           {"R subscribeLiveMix callback:onLiveMixSubscribed, code:0, " + text + ",tiny:1",
+            "host onLiveMixSubscribed " + std::to_string(type) + " 0 ok"});
   }
-  EXPECT_EQ(0, engine->subscribeLiveMix(1));
-  EXPECT_TRACE("T subscribeLiveMix type:1", "T subscribeLiveMix type:1,tiny:0",
-               "sdk subscribeStream (mix_l:v) tiny nil");
+  expect(0, engine->subscribeLiveMix(1),
+         {"T subscribeLiveMix type:1", "T subscribeLiveMix type:1,tiny:0",
+          "sdk subscribeStream (mix_l:v) tiny nil"});
   sdk->complete();
   trace->take();
 
-  EXPECT_EQ(0, engine->unsubscribeLiveMix(7));
-  EXPECT_TRACE("T unsubscribeLiveMix type:7", "sdk unsubscribeStreams (mix_l:a, mix_l:v)");
-  sdk->complete(-9);
-  EXPECT_TRACE(
-      "E unsubscribeLiveMix callback:onLiveMixUnsubscribed, code:-9, type:7,streamArray:(mix_l, "
-      "mix_l)",
-      "host onLiveMixUnsubscribed 7 -9 sdk-9");
+  expect(0, engine->unsubscribeLiveMix(7),
+         {"T unsubscribeLiveMix type:7", "sdk unsubscribeStreams (mix_l:a, mix_l:v)"});
+  expect(true, sdk->complete(-9),
+         {"E unsubscribeLiveMix callback:onLiveMixUnsubscribed, code:-9, type:7,streamArray:(mix_l, "
+          "mix_l)",
+          "host onLiveMixUnsubscribed 7 -9 sdk-9"});
 }
 
 }  // namespace

@@ -37,10 +37,10 @@ TEST_F(ReentryTest, AListenerThatReplacesItselfLivesUntilItsCallbackReturns) {
   engine->setEngineDelegate(first);
   engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
   trace->take();
-  sdk->complete();
-  EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine", text,
-               "console LMRTCIWEngine joinRoom completion remoteUser Joined: r1 userId: u1",
-               "host onUserJoined r1 u1");
+  expect(true, sdk->complete(),
+         {"console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine", text,
+          "console LMRTCIWEngine joinRoom completion remoteUser Joined: r1 userId: u1",
+          "host onUserJoined r1 u1"});
 }
 
 TEST_F(ReentryTest, AViewMayCallBackIntoTheEngine) {
@@ -86,13 +86,10 @@ TEST_F(ReentryTest, CompletionsAfterDestroyFindNothingAndAreSilent) {
   engine->destroy();
   trace->take();
 
-  sdk->complete();
-  EXPECT_TRACE("R publish callback:onPublished, code:0, role:1,type:0");
+  expect(true, sdk->complete(), {"R publish callback:onPublished, code:0, role:1,type:0"});
   EXPECT_EQ(nullptr, kept->liveInfo());
-  sdk->complete(-1);
-  EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: -1");
-  sdk->complete();
-  EXPECT_TRACE("console LMRTCIWEngine leaveRoom code: 0");
+  expect(true, sdk->complete(-1), {"console LMRTCIWEngine joinRoom completion code: -1"});
+  expect(true, sdk->complete(), {"console LMRTCIWEngine leaveRoom code: 0"});
   EXPECT_EQ(-1, kept->innerCDNVideoFps());
 }
 
@@ -101,8 +98,8 @@ TEST_F(ReentryTest, CallbacksWithoutAListenerAreSkipped) {
   host = nullptr;
   engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
   trace->take();
-  sdk->complete();
-  EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine");
+  expect(true, sdk->complete(),
+         {"console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine"});
 }
 
 TEST_F(ReentryTest, ConcurrentFirstCreatesMakeOneEngine) {

@@ -29,9 +29,9 @@ TEST_F(RoomTest, JoinBuildsTheRoomConfigFromTheSetup) {
     roomSetup->mediaType = row.mediaType;
     roomSetup->role = row.role;
     roomSetup->joinType = row.joinType;
-    EXPECT_EQ(0, engine->joinRoom("r1", roomSetup));
-    EXPECT_TRACE("T joinRoom roomId:r1", "console LMRTCIWEngine joinroom config: " + roomSetup->description(),
-                 "sdk joinRoom r1 " + row.config);
+    expect(0, engine->joinRoom("r1", roomSetup),
+           {"T joinRoom roomId:r1", "console LMRTCIWEngine joinroom config: " + roomSetup->description(),
+            "sdk joinRoom r1 " + row.config});
     EXPECT_EQ(roomSetup, engine->iwRoomSetup());
   }
 }
@@ -39,8 +39,8 @@ TEST_F(RoomTest, JoinBuildsTheRoomConfigFromTheSetup) {
 TEST_F(RoomTest, JoinWithoutASetupIsRefusedAndChangesNothing) {
   join();
   const auto before = engine->iwRoomSetup();
-  EXPECT_EQ(LMRTCWrapperCodeParameterError, engine->joinRoom("r2", nullptr));
-  EXPECT_TRACE("T joinRoom roomId:r2", "E joinRoom msg:setup is nil");
+  expect(LMRTCWrapperCodeParameterError, engine->joinRoom("r2", nullptr),
+         {"T joinRoom roomId:r2", "E joinRoom msg:setup is nil"});
   EXPECT_EQ(before, engine->iwRoomSetup());
 }
 
@@ -50,14 +50,12 @@ TEST_F(RoomTest, AFailedJoinIsReportedAndReplaysNothing) {
   const auto roomSetup = std::make_shared<LMRTCIWRoomSetup>();
   engine->joinRoom("r1", roomSetup);
   trace->take();
-  sdk->complete(-401);
-  EXPECT_TRACE(completed("code: -401"), "host onRoomJoined -401 sdk-401");
+  expect(true, sdk->complete(-401), {completed("code: -401"), "host onRoomJoined -401 sdk-401"});
 
   sdk->engine->nextRoom.set(nullptr);
   engine->joinRoom("r1", roomSetup);
   trace->take();
-  sdk->complete(0);
-  EXPECT_TRACE(completed("code: 0"), "host onRoomJoined 0 ok");
+  expect(true, sdk->complete(0), {completed("code: 0"), "host onRoomJoined 0 ok"});
   EXPECT_EQ(nullptr, engine->room());
   EXPECT_EQ(roomSetup, engine->iwRoomSetup());
 }
@@ -69,24 +67,33 @@ TEST_F(RoomTest, JoinReplaysWhatTheRoomHolds) {
                  user("u3")};
   engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
   trace->take();
-  sdk->complete();
-  EXPECT_TRACE(
-      completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok", "host onSubRoomBanded x",
-      "host onSubRoomBanded y", completed("remoteUser Joined: r1 userId: u1"), "host onUserJoined r1 u1",
-      completed("remoteUsers Published: r1 userId: u1 mediaType: 2"), "host onRemotePublished r1 u1 2",
-      completed("remoteUsers State Changed: r1 userId: u1 mediaType: 0 disabled: 0"),
-      "host onRemoteStateChanged r1 u1 0 0",
-      completed("remoteUsers State Changed: r1 userId: u1 mediaType: 1 disabled: 1"),
-      "host onRemoteStateChanged r1 u1 1 1", completed("remoteUser Joined: r1 userId: u2"),
-      "host onUserJoined r1 u2", "host onRemoteCustomStreamPublished r1 u2 screen 2",
-      completed("remoteUsers Published: r1 userId: u2 mediaType: 0"), "host onRemotePublished r1 u2 0",
-      completed("remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: 1"),
-      "host onRemoteCustomStreamStateChanged r1 u2 screen 1 1",
-      completed("remoteUsers State Changed: r1 userId: u2 mediaType: 0 disabled: 0"),
-      "host onRemoteStateChanged r1 u2 0 0",
-      completed("remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: 0"),
-      "host onRemoteCustomStreamStateChanged r1 u2 screen 0 0", completed("remoteUser Joined: r1 userId: u3"),
-      "host onUserJoined r1 u3");
+  expect(true, sdk->complete(),
+         {completed("code: 0"),
+          "sdk r1.setDelegate engine",
+          "host onRoomJoined 0 ok",
+          "host onSubRoomBanded x",
+          "host onSubRoomBanded y",
+          completed("remoteUser Joined: r1 userId: u1"),
+          "host onUserJoined r1 u1",
+          completed("remoteUsers Published: r1 userId: u1 mediaType: 2"),
+          "host onRemotePublished r1 u1 2",
+          completed("remoteUsers State Changed: r1 userId: u1 mediaType: 0 disabled: 0"),
+          "host onRemoteStateChanged r1 u1 0 0",
+          completed("remoteUsers State Changed: r1 userId: u1 mediaType: 1 disabled: 1"),
+          "host onRemoteStateChanged r1 u1 1 1",
+          completed("remoteUser Joined: r1 userId: u2"),
+          "host onUserJoined r1 u2",
+          "host onRemoteCustomStreamPublished r1 u2 screen 2",
+          completed("remoteUsers Published: r1 userId: u2 mediaType: 0"),
+          "host onRemotePublished r1 u2 0",
+          completed("remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: 1"),
+          "host onRemoteCustomStreamStateChanged r1 u2 screen 1 1",
+          completed("remoteUsers State Changed: r1 userId: u2 mediaType: 0 disabled: 0"),
+          "host onRemoteStateChanged r1 u2 0 0",
+          completed("remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: 0"),
+          "host onRemoteCustomStreamStateChanged r1 u2 screen 0 0",
+          completed("remoteUser Joined: r1 userId: u3"),
+          "host onUserJoined r1 u3"});
   EXPECT_EQ(room, engine->room());
 }
 
@@ -158,8 +165,8 @@ TEST_F(RoomTest, TheReplayFollowsTheRoleThatTheJoinWasCalledWith) {
   trace->take();
   sdk->complete();
   EXPECT_NE(std::string::npos, trace->take().find("host onRemoteLiveMixPublished 0"));
-  sdk->complete();
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok");
+  expect(true, sdk->complete(),
+         {completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok"});
 }
 
 TEST_F(RoomTest, LeavingResetsTheInnerCdnSettingsWhateverTheCode) {
@@ -167,11 +174,10 @@ TEST_F(RoomTest, LeavingResetsTheInnerCdnSettingsWhateverTheCode) {
     join();
     engine->setInnerCDNVideoResolution(4);
     engine->setInnerCDNVideoFps(2);
-    EXPECT_EQ(0, engine->leaveRoom());
-    EXPECT_TRACE("T leaveRoom msg:LMRTCIWEngine leaveRoom", "sdk leaveRoom");
-    sdk->complete(code);
-    EXPECT_TRACE("console LMRTCIWEngine leaveRoom code: " + std::to_string(code),
-                 "host onRoomLeft " + std::to_string(code) + (code == 0 ? " ok" : " sdk-7"));
+    expect(0, engine->leaveRoom(), {"T leaveRoom msg:LMRTCIWEngine leaveRoom", "sdk leaveRoom"});
+    expect(true, sdk->complete(code),
+           {"console LMRTCIWEngine leaveRoom code: " + std::to_string(code),
+            "host onRoomLeft " + std::to_string(code) + (code == 0 ? " ok" : " sdk-7")});
     EXPECT_EQ(-1, engine->innerCDNVideoResolution());
     EXPECT_EQ(-1, engine->innerCDNVideoFps());
     EXPECT_EQ(room, engine->room());
@@ -189,22 +195,20 @@ TEST_F(RoomTest, RemoteUsersAreFoundInTheMainRoomBeforeTheSubRooms) {
   engine->setSubs({{"s1", sub}});
   EXPECT_EQ(inMain, engine->getRemoteUser("u1"));
   EXPECT_EQ(inSub, engine->getRemoteUser("u2"));
-  EXPECT_EQ(nullptr, engine->getRemoteUser("u3"));
-  EXPECT_TRACE("T getRemoteUser userId:u1", "T getRemoteUser userId:u2", "T getRemoteUser userId:u3");
+  expect(nullptr, engine->getRemoteUser("u3"),
+         {"T getRemoteUser userId:u1", "T getRemoteUser userId:u2", "T getRemoteUser userId:u3"});
   engine->setRoom(nullptr);
   EXPECT_EQ(shadowed, engine->getRemoteUser("u1"));
 }
 
 TEST_F(RoomTest, TheSessionIdNeedsRoomLocalUserAndSetup) {
   const auto expectAbsent = [this] {
-    EXPECT_EQ("", engine->getSessionId());
-    EXPECT_TRACE("T getSessionId",
-                 "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil");
+    expect("", engine->getSessionId(),
+           {"T getSessionId", "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil"});
   };
   expectAbsent();
   join();
-  EXPECT_EQ("session of r1", engine->getSessionId());
-  EXPECT_TRACE("T getSessionId");
+  expect("session of r1", engine->getSessionId(), {"T getSessionId"});
   engine->setIwRoomSetup(nullptr);
   expectAbsent();
   join();

@@ -12,23 +12,21 @@ const std::shared_ptr<LMRTCIWView> kNoNativeView;
 
 TEST_F(ViewBindingTest, TheLocalViewGetsTheCameraAndIsHeldWeakly) {
   auto local = view("local");
-  EXPECT_EQ(0, engine->setLocalViewWithViewDelegate(local));
-  EXPECT_TRACE("T setLocalViewWithViewDelegate view:1", "view local setLocalView me_cam");
-  EXPECT_EQ(0, engine->removeLocalView());
-  EXPECT_TRACE("T removeLocalView", "view local removeLocalView");
+  expect(0, engine->setLocalViewWithViewDelegate(local),
+         {"T setLocalViewWithViewDelegate view:1", "view local setLocalView me_cam"});
+  expect(0, engine->removeLocalView(), {"T removeLocalView", "view local removeLocalView"});
   EXPECT_EQ(local, engine->iwLocalVideoView());
   local = nullptr;
-  EXPECT_EQ(0, engine->removeLocalView());
-  EXPECT_TRACE("T removeLocalView");
+  expect(0, engine->removeLocalView(), {"T removeLocalView"});
 }
 
 TEST_F(ViewBindingTest, AnAbsentViewIsRefused) {
-  EXPECT_EQ(kBadParameter, engine->setLocalView(kNoNativeView));
-  EXPECT_TRACE("T setLocalView view:0", "T setLocalViewWithViewDelegate view:0",
-               "E setLocalViewWithViewDelegate msg:view is nil");
-  EXPECT_EQ(kBadParameter, engine->setLiveMixView(kNoNativeView));
-  EXPECT_TRACE("T setLiveMixView view:0", "T setLiveMixViewWithViewDelegate view:0",
-               "E setLiveMixViewWithViewDelegate msg:view is nil");
+  expect(kBadParameter, engine->setLocalView(kNoNativeView),
+         {"T setLocalView view:0", "T setLocalViewWithViewDelegate view:0",
+          "E setLocalViewWithViewDelegate msg:view is nil"});
+  expect(kBadParameter, engine->setLiveMixView(kNoNativeView),
+         {"T setLiveMixView view:0", "T setLiveMixViewWithViewDelegate view:0",
+          "E setLiveMixViewWithViewDelegate msg:view is nil"});
 }
 
 TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
@@ -50,9 +48,9 @@ TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
   for (const Row& row : rows) {
     room->users = {user(row.user, row.streams)};
     const auto remote = view(row.user);
-    EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(remote, row.user));
-    EXPECT_TRACE("T setRemoteViewWithViewDelegate userId:" + row.user, "T getRemoteUser userId:" + row.user,
-                 "view " + row.user + " setRemoteView " + row.bound);
+    expect(0, engine->setRemoteViewWithViewDelegate(remote, row.user),
+           {"T setRemoteViewWithViewDelegate userId:" + row.user, "T getRemoteUser userId:" + row.user,
+            "view " + row.user + " setRemoteView " + row.bound});
     EXPECT_EQ(remote, engine->remoteVideoViewDict()[row.user]);
   }
 }
@@ -60,37 +58,34 @@ TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
 TEST_F(ViewBindingTest, RemoteViewsStayInTheMapUntilAnAbsentOneReplacesThem) {
   room->users = {user("u1", {video("u1")})};
   join();
-  EXPECT_EQ(LMRTCWrapperCodeRemoteUserNotJoined, engine->setRemoteView(kNoNativeView, "gone"));
-  EXPECT_TRACE("T setRemoteView userId:gone", "T setRemoteViewWithViewDelegate userId:gone",
-               "T getRemoteUser userId:gone", "E setRemoteViewWithViewDelegate msg:user is nil");
-  EXPECT_EQ(kBadParameter, engine->removeRemoteView("u1"));
-  EXPECT_TRACE("T removeRemoteView userId:u1");
+  expect(LMRTCWrapperCodeRemoteUserNotJoined, engine->setRemoteView(kNoNativeView, "gone"),
+         {"T setRemoteView userId:gone", "T setRemoteViewWithViewDelegate userId:gone",
+          "T getRemoteUser userId:gone", "E setRemoteViewWithViewDelegate msg:user is nil"});
+  expect(kBadParameter, engine->removeRemoteView("u1"), {"T removeRemoteView userId:u1"});
 
   engine->setRemoteViewWithViewDelegate(view("kept"), "u1");
   trace->take();
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(0, engine->removeRemoteView("u1"));
-    EXPECT_TRACE("T removeRemoteView userId:u1", "E removeRemoteView msg:view is nil",
-                 "view kept removeRemoteView");
+    expect(
+        0, engine->removeRemoteView("u1"),
+        {"T removeRemoteView userId:u1", "E removeRemoteView msg:view is nil", "view kept removeRemoteView"});
   }
-  EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(nullptr, "u1"));
-  EXPECT_TRACE("T setRemoteViewWithViewDelegate userId:u1", "T getRemoteUser userId:u1");
+  expect(0, engine->setRemoteViewWithViewDelegate(nullptr, "u1"),
+         {"T setRemoteViewWithViewDelegate userId:u1", "T getRemoteUser userId:u1"});
   EXPECT_TRUE(engine->remoteVideoViewDict().empty());
 }
 
 TEST_F(ViewBindingTest, TheLiveMixViewNeedsNoRoomAndGetsTheFirstVideoStream) {
   auto mix = view("mix");
-  EXPECT_EQ(0, engine->setLiveMixViewWithViewDelegate(mix));
-  EXPECT_TRACE("T setLiveMixViewWithViewDelegate view:1", "view mix setRemoteView nil");
+  expect(0, engine->setLiveMixViewWithViewDelegate(mix),
+         {"T setLiveMixViewWithViewDelegate view:1", "view mix setRemoteView nil"});
   room->live = {stream("mix", "audio", 0, 2), stream("mix", "video", 1, 2)};
   join(LMRTCIWRoleLiveAudience);
-  EXPECT_EQ(0, engine->setLiveMixViewWithViewDelegate(mix));
-  EXPECT_TRACE("T setLiveMixViewWithViewDelegate view:1", "view mix setRemoteView mix_video");
-  EXPECT_EQ(0, engine->removeLiveMixView());
-  EXPECT_TRACE("T removeLiveMixView", "view mix removeRemoteView");
+  expect(0, engine->setLiveMixViewWithViewDelegate(mix),
+         {"T setLiveMixViewWithViewDelegate view:1", "view mix setRemoteView mix_video"});
+  expect(0, engine->removeLiveMixView(), {"T removeLiveMixView", "view mix removeRemoteView"});
   mix = nullptr;
-  EXPECT_EQ(0, engine->removeLiveMixView());
-  EXPECT_TRACE("T removeLiveMixView");
+  expect(0, engine->removeLiveMixView(), {"T removeLiveMixView"});
 }
 
 TEST_F(ViewBindingTest, NativeViewsGoThroughTheForwardingForms) {
@@ -99,19 +94,19 @@ TEST_F(ViewBindingTest, NativeViewsGoThroughTheForwardingForms) {
   join();
   const auto native = LMRTCIWView::create();
   const std::string embed = "sdk createVideoView 0,0 0x0\nsdk view.setFillMode 2";
-  EXPECT_EQ(0, engine->setLocalView(native));
-  EXPECT_TRACE("T setLocalView view:1", "T setLocalViewWithViewDelegate view:1", embed,
-               "sdk me_cam.setVideoView view");
+  expect(0, engine->setLocalView(native),
+         {"T setLocalView view:1", "T setLocalViewWithViewDelegate view:1", embed,
+          "sdk me_cam.setVideoView view"});
   native->destroy();
   trace->take();
-  EXPECT_EQ(0, engine->setRemoteView(native, "u1"));
-  EXPECT_TRACE("T setRemoteView userId:u1", "T setRemoteViewWithViewDelegate userId:u1",
-               "T getRemoteUser userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView view");
+  expect(0, engine->setRemoteView(native, "u1"),
+         {"T setRemoteView userId:u1", "T setRemoteViewWithViewDelegate userId:u1",
+          "T getRemoteUser userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView view"});
   native->destroy();
   trace->take();
-  EXPECT_EQ(0, engine->setLiveMixView(native));
-  EXPECT_TRACE("T setLiveMixView view:1", "T setLiveMixViewWithViewDelegate view:1", embed,
-               "sdk mix_video.setVideoView view");
+  expect(0, engine->setLiveMixView(native),
+         {"T setLiveMixView view:1", "T setLiveMixViewWithViewDelegate view:1", embed,
+          "sdk mix_video.setVideoView view"});
 }
 
 TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
