@@ -6,11 +6,9 @@
 #include <memory>
 #include <mutex>
 
-#include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWAudioConfig.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
-#include "LumoRTCLibWrapper/platform/system/Console.h"
 #include "benchmarks/AllocationCounter.h"
 #include "benchmarks/TinySdk.h"
 
@@ -21,6 +19,13 @@ enum Log : std::int64_t { off, intoMemory };
 /// Keeps the newest lines, in memory that is used again and again.
 class MemorySink {
  public:
+  MemorySink() {
+    for (LMFwLogEntry& line : lines_) {
+      line.tag.reserve(64);
+      line.keys.reserve(64);
+    }
+  }
+
   void add(const LMFwLogEntry& entry) {
     const std::lock_guard lock(mutex_);
     lines_[next_++ % lines_.size()] = entry;
@@ -32,26 +37,15 @@ class MemorySink {
   std::array<LMFwLogEntry, 256> lines_;
 };
 
-/// An engine on the tiny SDK.
-class Call {
+/// An engine on the tiny SDK, and where its log lines go.
+class LoggedCall : public lumo::tiny::Call {
  public:
-  explicit Call(std::int64_t log) {
-    lumo::Console::setSink({});
+  explicit LoggedCall(std::int64_t log) {
     LMFwLog::getInstance().setThreshold(log == off ? LMFwLogLevelOff : LMFwLogLevelInfo);
     LMFwLog::getInstance().setSink(
         [sink = std::make_shared<MemorySink>()](const LMFwLogEntry& entry) { sink->add(entry); });
-    LMRTCProvider::install(std::make_shared<lumo::tiny::Provider>());
-    engine = LMRTCIWEngine::create();
   }
-  ~Call() {
-    engine->destroy();
-    LMRTCProvider::install(nullptr);
-    LMFwLog::getInstance().setSink({});
-  }
-  Call(const Call&) = delete;
-  Call& operator=(const Call&) = delete;
-
-  std::shared_ptr<LMRTCIWEngine> engine;
+  ~LoggedCall() { LMFwLog::getInstance().setSink({}); }
 };
 
 template <class Operation>
@@ -72,7 +66,7 @@ void setAudioConfigOnSdk(benchmark::State& state) {
 BENCHMARK(setAudioConfigOnSdk);
 
 void setAudioConfigOnEngine(benchmark::State& state) {
-  const Call call(state.range(0));
+  const LoggedCall call(state.range(0));
   const LMRTCIWAudioConfig config{.quality = 1, .scenario = 2, .recordingVolume = 80};
   measure(state, [&] { benchmark::DoNotOptimize(call.engine->setAudioConfig(&config)); });
 }
@@ -88,7 +82,7 @@ void muteOnSdk(benchmark::State& state) {
 BENCHMARK(muteOnSdk);
 
 void muteOnEngine(benchmark::State& state) {
-  const Call call(state.range(0));
+  const LoggedCall call(state.range(0));
   measure(state,
           [&] { benchmark::DoNotOptimize(call.engine->muteLocalStream(LMRTCIWMediaTypeAudio, true)); });
 }

@@ -1,17 +1,24 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
+#include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioEffectManager.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCFileVideoOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLocalUser.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
@@ -20,6 +27,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
+#include "LumoRTCLibWrapper/platform/system/Console.h"
 
 /// A media SDK that does next to nothing, so that what is measured in front of it is the engine. Its
 /// completions come inside the call.
@@ -89,6 +97,39 @@ class RemoteUser : public LMRTCRemoteUser {
   const std::vector<std::shared_ptr<LMRTCInputStream>> streams_;
 };
 
+/// There, so that events count; its operations do nothing.
+class LocalUser : public LMRTCLocalUser {
+ public:
+  using Stream = std::shared_ptr<LMRTCOutputStream>;
+
+  const std::string& userId() const override { return userId_; }
+  OutputStreams streams() const override { return {}; }
+  void publishStreams(const OutputStreams&, Completion) override {}
+  void unpublishStreams(const OutputStreams&, Completion) override {}
+  void publishStream(const Stream&, Completion) override {}
+  void unpublishStream(const Stream&, Completion) override {}
+  void publishLiveStream(const Stream&, LiveCompletion) override {}
+  void publishDefaultLiveStreams(LiveCompletion) override {}
+  void unpublishLiveStream(const Stream&, Completion) override {}
+  void unpublishDefaultLiveStreams(Completion) override {}
+  void switchToBroadcaster(const LMRTCMixConfig*, BecameBroadcaster, Failed, Kicked) override {}
+  void switchToAudienceOnSucceed(std::function<void()>, Failed, Kicked) override {}
+  void subscribeStream(const std::optional<InputStreams>&, const std::optional<InputStreams>&,
+                       Completion) override {}
+  void unsubscribeStreams(const InputStreams&, Completion) override {}
+  void requestJoinOtherRoom(const std::string&, const std::string&, bool, const std::string&,
+                            CodeCompletion) override {}
+  void cancelRequestJoinOtherRoom(const std::string&, const std::string&, const std::string&,
+                                  CodeCompletion) override {}
+  void responseJoinOtherRoom(const std::string&, const std::string&, bool, bool, const std::string&,
+                             CodeCompletion) override {}
+  void setEnableSEI(bool, CodeCompletion) override {}
+  std::int64_t sendSEI(const std::string&) override { return 0; }
+
+ private:
+  const std::string userId_ = "me";
+};
+
 /// A room full of users with a microphone and a camera each.
 class Room : public LMRTCRoom {
  public:
@@ -107,7 +148,7 @@ class Room : public LMRTCRoom {
     delegate_ = std::move(delegate);
   }
   std::string sessionId() const override { return {}; }
-  std::shared_ptr<LMRTCLocalUser> localUser() const override { return nullptr; }
+  std::shared_ptr<LMRTCLocalUser> localUser() const override { return localUser_; }
   std::vector<std::string> otherRoomIdArray() const override { return {}; }
   void muteAllRemoteAudio(bool) override {}
   void setReceivedAudioBufferCallback(LMRTCAudioDataCallback) override {}
@@ -116,6 +157,7 @@ class Room : public LMRTCRoom {
 
  private:
   const std::string roomId_ = "room";
+  const std::shared_ptr<LocalUser> localUser_ = std::make_shared<LocalUser>();
   std::vector<std::shared_ptr<LMRTCRemoteUser>> users_;
   std::weak_ptr<LMRTCRoomEventDelegate> delegate_;
 };
@@ -169,6 +211,26 @@ class Provider : public LMRTCProvider {
                   std::int32_t, std::int32_t, std::int32_t, std::int32_t) override {}
   void i420ToARGB(const std::uint8_t*, std::int32_t, const std::uint8_t*, std::int32_t, const std::uint8_t*,
                   std::int32_t, std::uint8_t*, std::int32_t, std::int32_t, std::int32_t) override {}
+};
+
+/// An engine on this SDK, for as long as the object lives. Console and log are silent.
+class Call {
+ public:
+  Call() {
+    Console::setSink({});
+    LMFwLog::getInstance().setThreshold(LMFwLogLevelOff);
+    LMRTCProvider::install(provider);
+    engine = LMRTCIWEngine::create();
+  }
+  ~Call() {
+    engine->destroy();
+    LMRTCProvider::install(nullptr);
+  }
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+
+  const std::shared_ptr<Provider> provider = std::make_shared<Provider>();
+  std::shared_ptr<LMRTCIWEngine> engine;
 };
 
 }  // namespace lumo::tiny
