@@ -3,54 +3,24 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoom.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
-#include "LumoRTCLocal/sdk/LocalInputStream.h"
 #include "LumoRTCLocal/sdk/LocalUser.h"
+#include "LumoRTCLocal/sdk/RoomMirror.h"
 #include "LumoRTCLocal/server/MediaServer.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
 
 namespace lumo {
 
-/// Another member of the room.
-class LocalRemoteUser : public LMRTCRemoteUser {
- public:
-  LocalRemoteUser(std::string userId, std::uint64_t arrival)
-      : arrival_(arrival), userId_(std::move(userId)) {}
-
-  std::optional<std::string> userId() const override { return userId_; }
-  std::vector<std::shared_ptr<LMRTCInputStream>> remoteStreams() const override { return streams_.get(); }
-
-  /// The place in the order of joining.
-  std::uint64_t arrival() const { return arrival_; }
-  /// SDK thread only.
-  void add(const std::shared_ptr<LMRTCInputStream>& stream);
-  void remove(const std::shared_ptr<LMRTCInputStream>& stream);
-
- private:
-  const std::uint64_t arrival_;
-  const std::string userId_;
-  Cell<std::vector<std::shared_ptr<LMRTCInputStream>>> streams_;
-};
-
 /// The joined main room: a mirror of the server's room, brought up to date on the SDK's thread just before
 /// the delegate hears of a change.
-class LocalRoom : public LMRTCRoom,
-                  public RoomObserver,
-                  public FirstMediaListener,
-                  public std::enable_shared_from_this<LocalRoom> {
+class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shared_from_this<LocalRoom> {
  public:
   /// Hears, on the SDK's thread, that the server has removed the local user.
   using Kicked = std::function<void(const std::shared_ptr<LocalRoom>& room, std::int64_t reason)>;
@@ -65,8 +35,10 @@ class LocalRoom : public LMRTCRoom,
 
   void setDelegate(std::weak_ptr<LMRTCRoomEventDelegate> delegate) override;
   const std::string& roomId() const override { return roomId_; }
-  std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override;
-  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(const std::string& userId) const override;
+  std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override { return mirror_->users(); }
+  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(const std::string& userId) const override {
+    return mirror_->findUser(userId);
+  }
   std::string sessionId() const override { return sessionId_; }
   std::shared_ptr<LMRTCLocalUser> localUser() const override { return localUser_.get(); }
   std::vector<std::string> otherRoomIdArray() const override;
@@ -88,30 +60,19 @@ class LocalRoom : public LMRTCRoom,
   void roleSwitched(const std::string& userId, std::int64_t role) override;
   void seiReceived(const std::string& sei, const std::string& userId) override;
   void kicked(std::int64_t reason) override;
-  void firstMediaArrived(const std::shared_ptr<RemoteStream>& stream) override;
-  void reportFirstFrame(const std::shared_ptr<RemoteStream>& stream);
+  void reportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream, std::int64_t mediaType);
 
   std::shared_ptr<LMRTCRoomEventDelegate> delegate() const;
-  std::shared_ptr<LocalRemoteUser> findUser(const std::string& userId) const;
-  std::shared_ptr<LocalRemoteUser> addUser(const std::string& userId);
-  std::shared_ptr<LMRTCInputStream> addStream(const PublicationState& state);
 
   const std::shared_ptr<const LocalContext> context_;
   const std::string roomId_;
   const Kicked onKicked_;
+  const std::shared_ptr<RoomMirror> mirror_;
   std::string sessionId_;         ///< set by `enter`
   MediaServer::Member member_;    ///< set by `enter`
   std::atomic<bool> open_{true};  ///< events of a room that is closed are dropped
   Cell<std::weak_ptr<LMRTCRoomEventDelegate>> delegate_;
   Cell<std::shared_ptr<LocalUser>> localUser_;
-
-  mutable std::mutex mutex_;  ///< guards the two maps of users, which change on the SDK's thread only
-  std::unordered_map<std::string, std::shared_ptr<LocalRemoteUser>> users_;
-  std::map<std::uint64_t, std::shared_ptr<LocalRemoteUser>> arrivals_;
-
-  // SDK thread only.
-  std::uint64_t arrivalCount_ = 0;
-  std::unordered_map<const Publication*, std::shared_ptr<RemoteStream>> streams_;
 };
 
 }  // namespace lumo
