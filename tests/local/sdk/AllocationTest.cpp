@@ -1,6 +1,6 @@
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
-#include "tests/support/AllocationCount.h"
 #include "tests/local/sdk/LocalSdkTest.h"
+#include "tests/support/AllocationCount.h"
 
 namespace {
 
