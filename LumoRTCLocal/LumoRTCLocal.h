@@ -77,6 +77,15 @@ class LumoRTCLocal {
         std::function<void(const std::string& tag, const lumo::AudioBlock& block, lumo::Microseconds)>;
     using VideoSink = std::function<void(const std::string& tag, const LMRTCVideoFrame& frame)>;
 
+    /// An invitation to link the participant's room with that of the inviter.
+    struct Invitation {
+      std::string roomId;  ///< of the inviter
+      std::string userId;
+      std::string extra;       ///< the inviter's text; empty when it went away
+      bool cancelled = false;  ///< it was taken back
+    };
+    using InvitationSink = std::function<void(const Invitation& invitation)>;
+
     virtual ~Participant() = default;
 
     virtual const std::string& userId() const = 0;
@@ -115,8 +124,23 @@ class LumoRTCLocal {
     /// Makes the server remove a member, such as the local user, from the room.
     /// @param reason  passed on to the removed member
     virtual std::int64_t kick(const std::string& userId, std::int64_t reason) = 0;
-    /// Links the room with another one.
+    /// Links the room with another one, which need not exist yet, without an invitation.
     virtual std::int64_t linkRoom(const std::string& otherRoomId) = 0;
+    /// Ends such a link, or one that was agreed, for everybody.
+    virtual std::int64_t unlinkRoom(const std::string& otherRoomId) = 0;
+
+    /// Invites a member of another room to link the two rooms, takes the invitation back, or answers one:
+    /// the room is that of the other end. When it agrees, the two rooms are linked.
+    /// @param extra  a text for the other end
+    virtual std::int64_t invite(const std::string& roomId, const std::string& userId,
+                                const std::string& extra = {}) = 0;
+    virtual std::int64_t cancelInvite(const std::string& roomId, const std::string& userId,
+                                      const std::string& extra = {}) = 0;
+    virtual std::int64_t answer(const std::string& roomId, const std::string& userId, bool agree,
+                                const std::string& extra = {}) = 0;
+    /// Hands on every invitation that reaches the participant from now on, and when it is taken back, on the
+    /// SDK thread; the sink may answer at once. An empty sink ends it.
+    virtual void onInvitation(InvitationSink sink) = 0;
 
     /// Receives the local user's streams of that kind from now on, those published later included, and hands
     /// each block or frame to the sink, on the media thread that sent it. An empty sink receives nothing
@@ -181,7 +205,8 @@ class LumoRTCLocal {
 
   /// Makes the next calls of an SDK operation fail with `code`, without doing anything. The operations are:
   /// joinRoom, leaveRoom, publishStreams, unpublishStreams, publishLiveStream, publishDefaultLiveStreams,
-  /// unpublishLiveStream, unpublishDefaultLiveStreams, subscribeStream, unsubscribeStreams.
+  /// unpublishLiveStream, unpublishDefaultLiveStreams, subscribeStream, unsubscribeStreams,
+  /// requestJoinOtherRoom, cancelRequestJoinOtherRoom, responseJoinOtherRoom, joinOtherRoom, leaveOtherRoom.
   /// @param times  how many calls; 0 takes an earlier order back
   /// @return LocalCodeUnknownOperation for any other name
   std::int64_t failNext(const std::string& operation, std::int64_t code, std::int32_t times = 1);

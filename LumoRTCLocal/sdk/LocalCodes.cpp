@@ -32,6 +32,14 @@ constexpr CodeText kCodeTexts[] = {
     {LocalCodeNotSubscribed, "The stream is not subscribed"},
     {LocalCodeCameraFailed, "The camera cannot be opened"},
     {LocalCodeUnknownOperation, "No operation has this name"},
+    {LocalCodeOwnRoom, "The other room is the own room"},
+    {LocalCodeUnknownRoom, "There is no room of this id"},
+    {LocalCodeAlreadyLinked, "The rooms are linked already"},
+    {LocalCodeInvitationPending, "The user is invited already"},
+    {LocalCodeNoInvitation, "There is no such invitation"},
+    {LocalCodeNotLinked, "The rooms are not linked"},
+    {LocalCodeOtherRoomJoined, "The other room is joined already"},
+    {LocalCodeOtherRoomNotJoined, "The other room is not joined"},
     {LocalCodeNotSupported, "Not supported by the in-process media SDK"},
 };
 

@@ -29,6 +29,14 @@ enum LocalCode : std::int64_t {
   LocalCodeNotSubscribed = 1207,          ///< the stream was not subscribed
   LocalCodeCameraFailed = 1301,           ///< a participant's camera file cannot be opened
   LocalCodeUnknownOperation = 1302,       ///< failure injection: no operation has that name
+  LocalCodeOwnRoom = 1501,                ///< a room is not linked with itself
+  LocalCodeUnknownRoom = 1502,            ///< there is no room of that id
+  LocalCodeAlreadyLinked = 1503,          ///< the two rooms are linked
+  LocalCodeInvitationPending = 1504,      ///< this user is invited already, and has not answered
+  LocalCodeNoInvitation = 1505,           ///< never made, answered, or taken back
+  LocalCodeNotLinked = 1506,              ///< joining a room that the main room is not linked with
+  LocalCodeOtherRoomJoined = 1507,        ///< the other room is joined already
+  LocalCodeOtherRoomNotJoined = 1508,     ///< leaving an other room that is not joined
   LocalCodeNotSupported = 1901,           ///< LumoRTCLocal does not do this yet
 };
 

@@ -73,13 +73,29 @@ void LocalEngine::leaveRoom(Completion completion) {
       });
 }
 
-void LocalEngine::joinOtherRoom(const std::string& /*roomId*/, JoinOtherCompletion completion) {
-  context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported, nullptr); });
+void LocalEngine::joinOtherRoom(const std::string& roomId, JoinOtherCompletion completion) {
+  context_->operations->run("joinOtherRoom", [weak = weak_from_this(), roomId,
+                                              completion = std::move(completion)](std::int64_t refusal) {
+    std::int64_t code = refusal;
+    std::shared_ptr<LocalOtherRoom> joined;
+    const auto self = weak.lock();
+    const auto room = self ? self->mainRoom() : nullptr;
+    if (code == LocalCodeSuccess) code = room ? room->otherRooms().join(roomId, joined) : LocalCodeNotInRoom;
+    if (completion) completion(code, joined);
+  });
 }
 
-void LocalEngine::leaveOtherRoom(const std::string& /*roomId*/, bool /*notifyFinished*/,
+void LocalEngine::leaveOtherRoom(const std::string& roomId, bool notifyFinished,
                                  LeaveOtherCompletion completion) {
-  context_->sdk->post([completion = std::move(completion)] { completion(false, LocalCodeNotSupported); });
+  context_->operations->run("leaveOtherRoom", [weak = weak_from_this(), roomId, notifyFinished,
+                                               completion = std::move(completion)](std::int64_t refusal) {
+    std::int64_t code = refusal;
+    const auto self = weak.lock();
+    const auto room = self ? self->mainRoom() : nullptr;
+    if (code == LocalCodeSuccess)
+      code = room ? room->otherRooms().leave(roomId, notifyFinished) : LocalCodeNotInRoom;
+    if (completion) completion(code == LocalCodeSuccess, code);
+  });
 }
 
 std::shared_ptr<LMRTCFileVideoOutputStream> LocalEngine::createFileVideoOutputStream(
@@ -103,15 +119,20 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
     const std::lock_guard lock(mutex_);
     if (room_) return LocalCodeAlreadyInRoom;
   }
+  const auto otherRooms = std::make_shared<LocalOtherRooms>(
+      context_, [weak = weak_from_this()]() -> std::shared_ptr<LMRTCEngineEventDelegate> {
+        const auto self = weak.lock();
+        return self ? self->delegate_.get().lock() : nullptr;
+      });
   const auto room = std::make_shared<LocalRoom>(
-      context_, roomId,
+      context_, roomId, otherRooms,
       [weak = weak_from_this()](const std::shared_ptr<LocalRoom>& left, std::int64_t reason) {
         if (const auto self = weak.lock()) self->roomKicked(left, reason);
       });
   const auto result =
       context_->server->join({roomId, context_->userId, config.roomType().value_or(LMRTCRoomTypeNormal),
                               config.roleType().value_or(LMRTCRoleTypeBroadcaster),
-                              config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room});
+                              config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room, otherRooms});
   if (result.code != LocalCodeSuccess) return result.code;
   room->enter(result, {microphone_, camera_});
   context_->audio->addListener(context_->speaker);
@@ -136,6 +157,11 @@ std::int64_t LocalEngine::exitRoom() {
   if (!room) return LocalCodeNotInRoom;
   close(room);
   return LocalCodeSuccess;
+}
+
+std::shared_ptr<LocalRoom> LocalEngine::mainRoom() {
+  const std::lock_guard lock(mutex_);
+  return room_;
 }
 
 void LocalEngine::roomKicked(const std::shared_ptr<LocalRoom>& room, std::int64_t reason) {

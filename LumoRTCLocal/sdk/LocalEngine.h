@@ -45,11 +45,12 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   const std::shared_ptr<LocalAudioMixer>& audioMixer() const { return mixer_; }
   const std::shared_ptr<LocalMicrophone>& microphone() const { return microphone_; }
 
-  // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
-  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
   void joinOtherRoom(const std::string& roomId, JoinOtherCompletion completion) override;
   void leaveOtherRoom(const std::string& roomId, bool notifyFinished,
                       LeaveOtherCompletion completion) override;
+
+  // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
   std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
       const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
       const LMRTCVideoStreamConfig& config) override;
@@ -64,6 +65,7 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   std::int64_t enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
                          std::shared_ptr<LocalRoom>& joined);
   std::int64_t exitRoom();
+  std::shared_ptr<LocalRoom> mainRoom();
   void roomKicked(const std::shared_ptr<LocalRoom>& room, std::int64_t reason);
   void close(const std::shared_ptr<LocalRoom>& room);
 

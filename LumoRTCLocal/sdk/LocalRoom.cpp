@@ -6,15 +6,18 @@
 
 namespace lumo {
 
-LocalRoom::LocalRoom(std::shared_ptr<const LocalContext> context, std::string roomId, Kicked onKicked)
+LocalRoom::LocalRoom(std::shared_ptr<const LocalContext> context, std::string roomId,
+                     std::shared_ptr<LocalOtherRooms> otherRooms, Kicked onKicked)
     : context_(std::move(context)),
       roomId_(std::move(roomId)),
+      otherRooms_(std::move(otherRooms)),
       onKicked_(std::move(onKicked)),
       mirror_(std::make_shared<RoomMirror>(context_)) {}
 
 void LocalRoom::enter(const MediaServer::JoinResult& joined, const LocalUser::Outputs& defaults) {
   sessionId_ = joined.sessionId;
   member_ = joined.member;
+  otherRooms_->enter(member_);
   localUser_.set(std::make_shared<LocalUser>(context_, joined.member, defaults));
   mirror_->enter(joined.present, [weak = weak_from_this()](const auto& stream, std::int64_t mediaType) {
     if (const auto self = weak.lock()) self->reportFirstFrame(stream, mediaType);
@@ -23,6 +26,7 @@ void LocalRoom::enter(const MediaServer::JoinResult& joined, const LocalUser::Ou
 
 void LocalRoom::close() {
   if (!open_.exchange(false)) return;
+  otherRooms_->close();
   const auto user = localUser_.exchange(nullptr);
   context_->server->leave(member_);
   if (user) user->close();

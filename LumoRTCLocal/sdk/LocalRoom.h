@@ -11,6 +11,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
+#include "LumoRTCLocal/sdk/LocalOtherRooms.h"
 #include "LumoRTCLocal/sdk/LocalUser.h"
 #include "LumoRTCLocal/sdk/RoomMirror.h"
 #include "LumoRTCLocal/server/MediaServer.h"
@@ -25,13 +26,17 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   /// Hears, on the SDK's thread, that the server has removed the local user.
   using Kicked = std::function<void(const std::shared_ptr<LocalRoom>& room, std::int64_t reason)>;
 
-  LocalRoom(std::shared_ptr<const LocalContext> context, std::string roomId, Kicked onKicked);
+  /// @param otherRooms  joined with this one and left with it
+  LocalRoom(std::shared_ptr<const LocalContext> context, std::string roomId,
+            std::shared_ptr<LocalOtherRooms> otherRooms, Kicked onKicked);
 
   /// Takes over what the server said at the join. SDK thread, once, before the room is shown to anybody.
   void enter(const MediaServer::JoinResult& joined, const LocalUser::Outputs& defaults);
   /// Leaves the room on the server and ends its media; the delegate hears nothing more. Any thread, more than
   /// once.
   void close();
+
+  LocalOtherRooms& otherRooms() const { return *otherRooms_; }
 
   void setDelegate(std::weak_ptr<LMRTCRoomEventDelegate> delegate) override;
   const std::string& roomId() const override { return roomId_; }
@@ -66,6 +71,7 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
 
   const std::shared_ptr<const LocalContext> context_;
   const std::string roomId_;
+  const std::shared_ptr<LocalOtherRooms> otherRooms_;
   const Kicked onKicked_;
   const std::shared_ptr<RoomMirror> mirror_;
   std::string sessionId_;         ///< set by `enter`

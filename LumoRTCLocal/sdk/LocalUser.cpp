@@ -69,6 +69,12 @@ void attach(const std::shared_ptr<LMRTCOutputStream>& stream,
   std::dynamic_pointer_cast<LocalOutput>(stream)->attach(publication);
 }
 
+LMRTCLocalUser::Completion codeOnly(LMRTCLocalUser::CodeCompletion completion) {
+  return [completion = std::move(completion)](bool, std::int64_t code) {
+    if (completion) completion(code);
+  };
+}
+
 }  // namespace
 
 LocalUser::LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::Member member,
@@ -143,21 +149,28 @@ void LocalUser::switchToAudienceOnSucceed(std::function<void()> /*onSucceed*/, F
   refuse(std::move(onFailed));
 }
 
-void LocalUser::requestJoinOtherRoom(const std::string& /*roomId*/, const std::string& /*userId*/,
-                                     bool /*autoMix*/, const std::string& /*extra*/,
-                                     CodeCompletion completion) {
-  refuse(std::move(completion));
+void LocalUser::requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool /*autoMix*/,
+                                     const std::string& extra, CodeCompletion completion) {
+  run("requestJoinOtherRoom", codeOnly(std::move(completion)),
+      [invitee = LinkEnd{roomId, userId}, extra](LocalUser& self) {
+        return self.context_->server->requestLink(self.member_, invitee, extra);
+      });
 }
 
-void LocalUser::cancelRequestJoinOtherRoom(const std::string& /*roomId*/, const std::string& /*userId*/,
-                                           const std::string& /*extra*/, CodeCompletion completion) {
-  refuse(std::move(completion));
+void LocalUser::cancelRequestJoinOtherRoom(const std::string& roomId, const std::string& userId,
+                                           const std::string& extra, CodeCompletion completion) {
+  run("cancelRequestJoinOtherRoom", codeOnly(std::move(completion)),
+      [invitee = LinkEnd{roomId, userId}, extra](LocalUser& self) {
+        return self.context_->server->cancelLinkRequest(self.member_, invitee, extra);
+      });
 }
 
-void LocalUser::responseJoinOtherRoom(const std::string& /*roomId*/, const std::string& /*userId*/,
-                                      bool /*agree*/, bool /*autoMix*/, const std::string& /*extra*/,
-                                      CodeCompletion completion) {
-  refuse(std::move(completion));
+void LocalUser::responseJoinOtherRoom(const std::string& roomId, const std::string& userId, bool agree,
+                                      bool /*autoMix*/, const std::string& extra, CodeCompletion completion) {
+  run("responseJoinOtherRoom", codeOnly(std::move(completion)),
+      [inviter = LinkEnd{roomId, userId}, agree, extra](LocalUser& self) {
+        return self.context_->server->answerLinkRequest(self.member_, inviter, agree, extra);
+      });
 }
 
 void LocalUser::setEnableSEI(bool /*enabled*/, CodeCompletion completion) { refuse(std::move(completion)); }

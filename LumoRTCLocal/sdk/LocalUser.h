@@ -45,17 +45,17 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   void unsubscribeStreams(const InputStreams& streams, Completion completion) override;
   void publishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) override;
   void unpublishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) override;
-
-  // Not supported yet: they end with LocalCodeNotSupported.
-  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster onSucceed, Failed onFailed,
-                           Kicked onKicked) override;
-  void switchToAudienceOnSucceed(std::function<void()> onSucceed, Failed onFailed, Kicked onKicked) override;
   void requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool autoMix,
                             const std::string& extra, CodeCompletion completion) override;
   void cancelRequestJoinOtherRoom(const std::string& roomId, const std::string& userId,
                                   const std::string& extra, CodeCompletion completion) override;
   void responseJoinOtherRoom(const std::string& roomId, const std::string& userId, bool agree, bool autoMix,
                              const std::string& extra, CodeCompletion completion) override;
+
+  // Not supported yet: they end with LocalCodeNotSupported.
+  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster onSucceed, Failed onFailed,
+                           Kicked onKicked) override;
+  void switchToAudienceOnSucceed(std::function<void()> onSucceed, Failed onFailed, Kicked onKicked) override;
   void setEnableSEI(bool enabled, CodeCompletion completion) override;
   std::int64_t sendSEI(const std::string& sei) override;
 

@@ -9,10 +9,21 @@ namespace lumo {
 namespace {
 
 constexpr std::string_view kOperations[] = {
-    "joinRoom",           "leaveRoom",           "publishStreams",
-    "unpublishStreams",   "publishLiveStream",   "publishDefaultLiveStreams",
-    "subscribeStream",    "unpublishLiveStream", "unpublishDefaultLiveStreams",
+    "joinRoom",
+    "leaveRoom",
+    "publishStreams",
+    "unpublishStreams",
+    "publishLiveStream",
+    "publishDefaultLiveStreams",
+    "subscribeStream",
+    "unpublishLiveStream",
+    "unpublishDefaultLiveStreams",
     "unsubscribeStreams",
+    "requestJoinOtherRoom",
+    "cancelRequestJoinOtherRoom",
+    "responseJoinOtherRoom",
+    "joinOtherRoom",
+    "leaveOtherRoom",
 };
 
 bool isOperation(std::string_view name) {

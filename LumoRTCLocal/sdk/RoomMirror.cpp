@@ -28,12 +28,6 @@ std::shared_ptr<LocalRemoteUser> RoomMirror::findUser(const std::string& userId)
   return found == users_.end() ? nullptr : found->second;
 }
 
-void RoomMirror::clear() {
-  const std::lock_guard lock(mutex_);
-  users_.clear();
-  arrivals_.clear();
-}
-
 void RoomMirror::enter(const std::vector<MemberSnapshot>& present, FirstMedia onFirstMedia) {
   onFirstMedia_ = std::move(onFirstMedia);
   for (const MemberSnapshot& member : present) {

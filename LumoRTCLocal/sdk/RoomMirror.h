@@ -58,8 +58,6 @@ class RoomMirror : public FirstMediaListener, public std::enable_shared_from_thi
   /// In the order in which they joined.
   std::vector<std::shared_ptr<LMRTCRemoteUser>> users() const;
   std::shared_ptr<LocalRemoteUser> findUser(const std::string& userId) const;
-  /// Forgets the users.
-  void clear();
 
   // SDK thread only; the names are those that the server has told of.
 

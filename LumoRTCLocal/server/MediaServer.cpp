@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::int64_t kReplaced = 0;  // why a member is removed: somebody else has come with its id
 
-void link(std::vector<std::string>& linked, const std::string& roomId) {
-  if (std::ranges::find(linked, roomId) == linked.end()) linked.push_back(roomId);
-}
-
 }  // namespace
 
 MediaServer::Aftermath::~Aftermath() {
@@ -116,7 +112,7 @@ std::int64_t MediaServer::subscribe(const Member& member, const std::vector<Subs
   if (subscriptions.empty()) return LocalCodeNoStreams;
   for (const Subscription& subscription : subscriptions) {
     const ServerMember* const publisher = subscription.publication->publisher_;
-    if (!publisher || publisher->room != member->room) return LocalCodeStreamGone;
+    if (!publisher || !member->stayIn(publisher->room)) return LocalCodeStreamGone;
   }
   for (const Subscription& subscription : subscriptions) {
     replaceSubscription(*member, subscription.publication, &subscription, aftermath);
@@ -162,26 +158,12 @@ std::int64_t MediaServer::sendSei(const Member& member, const std::string& sei) 
       member->find({member->userId, kLMRTCDefaultStreamTag, LMRTCMediaTypeVideo, LMRTCMediaStreamTypeNormal});
   if (!video) return LocalCodeNotPublished;
   for (const auto& subscriber : *video->subscribers()) {
-    ServerRoom::post(*events_, *subscriber.member, [sei, userId = member->userId](RoomObserver& observer) {
+    const ServerMember& stay = *subscriber.member->stayIn(member->room);
+    ServerRoom::post(*events_, stay, [sei, userId = member->userId](RoomObserver& observer) {
       observer.seiReceived(sei, userId);
     });
   }
   return LocalCodeSuccess;
-}
-
-std::int64_t MediaServer::linkRoom(const Member& member, const std::string& otherRoomId) {
-  const std::lock_guard lock(mutex_);
-  if (!member->room) return LocalCodeNotInRoom;
-  if (otherRoomId.empty()) return LocalCodeEmptyRoomId;
-  link(links_[member->room->id()], otherRoomId);
-  link(links_[otherRoomId], member->room->id());
-  return LocalCodeSuccess;
-}
-
-std::vector<std::string> MediaServer::linkedRooms(const std::string& roomId) const {
-  const std::lock_guard lock(mutex_);
-  const auto found = links_.find(roomId);
-  return found == links_.end() ? std::vector<std::string>() : found->second;
 }
 
 std::int64_t MediaServer::admitLocked(const JoinRequest& request, Aftermath& aftermath) {
@@ -208,6 +190,7 @@ MediaServer::Member MediaServer::addLocked(const JoinRequest& request) {
   member->role = live ? request.role : LMRTCRoleTypeBroadcaster;
   member->arrival = ++arrivals_;
   member->observer = request.observer;
+  member->links = request.links;
   room->notify(*events_, nullptr,
                [userId = request.userId](RoomObserver& observer) { observer.memberJoined(userId); });
   room->add(member);
@@ -218,6 +201,9 @@ void MediaServer::removeLocked(const Member& member, bool offline, Aftermath& af
   closeLocked(*member, Publications(member->publications), aftermath);
   for (const auto& stream : member->subscriptions) replaceSubscription(*member, stream, nullptr, aftermath);
   member->subscriptions.clear();
+  for (const auto& visit : member->visits) visit->room->dismiss(*visit);
+  member->visits.clear();
+  withdrawInvitationsLocked({member->room->id(), member->userId});
 
   ServerRoom& room = *member->room;
   room.remove(*member);
@@ -226,7 +212,9 @@ void MediaServer::removeLocked(const Member& member, bool offline, Aftermath& af
   });
   if (!room.isEmpty()) return;
   const std::string roomId = room.id();
-  links_.erase(roomId);
+  for (const std::string& linked : links_.linkedWith(roomId)) {
+    finishLinkLocked(roomId, linked, *member, aftermath);
+  }
   rooms_.erase(roomId);
 }
 

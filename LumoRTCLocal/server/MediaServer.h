@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -10,7 +9,9 @@
 #include <vector>
 
 #include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/LinkObserver.h"
 #include "LumoRTCLocal/server/Publication.h"
+#include "LumoRTCLocal/server/RoomLinks.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
 #include "LumoRTCLocal/server/ServerRoom.h"
 
@@ -28,16 +29,21 @@ class MediaServer {
   struct JoinRequest {
     std::string roomId;
     std::string userId;
-    std::int64_t roomType = 0;             ///< LMRTCRoomType; the first member makes the room
-    std::int64_t role = 0;                 ///< LMRTCRoleType; always broadcaster in a normal room
-    bool exclusive = false;                ///< removes a member of the same id instead of being refused
-    std::weak_ptr<RoomObserver> observer;  ///< may be empty
+    std::int64_t roomType = 0;               ///< LMRTCRoomType; the first member makes the room
+    std::int64_t role = 0;                   ///< LMRTCRoleType; always broadcaster in a normal room
+    bool exclusive = false;                  ///< removes a member of the same id instead of being refused
+    std::weak_ptr<RoomObserver> observer;    ///< may be empty
+    std::weak_ptr<LinkObserver> links = {};  ///< may be empty
   };
   struct JoinResult {
     std::int64_t code = 0;
     Member member;                        ///< null unless code is 0
     std::vector<MemberSnapshot> present;  ///< who was there before; later changes come as events
     std::string sessionId;
+  };
+  struct VisitResult {
+    std::int64_t code = 0;
+    std::vector<MemberSnapshot> present;  ///< as in JoinResult
   };
   struct Subscription {
     std::shared_ptr<Publication> publication;
@@ -80,8 +86,28 @@ class MediaServer {
   /// Sends `sei` with the member's default video stream, to those who have subscribed to it.
   std::int64_t sendSei(const Member& member, const std::string& sei);
 
-  /// Links the member's room with another one, in both directions.
+  // Links between rooms. A link lasts until somebody finishes it or the last member of either room has left;
+  // an invitation until it is answered or cancelled, the rooms are linked or either end leaves its room.
+
+  /// Who hears of links from now on, in place of the one that was given at the join.
+  void observeLinks(const Member& member, std::weak_ptr<LinkObserver> observer);
+  /// Invites a member of another room to link the two rooms.
+  std::int64_t requestLink(const Member& member, const LinkEnd& invitee, const std::string& extra);
+  std::int64_t cancelLinkRequest(const Member& member, const LinkEnd& invitee, const std::string& extra);
+  /// The members of both rooms hear the answer; the invitee hears of an agreement only.
+  std::int64_t answerLinkRequest(const Member& member, const LinkEnd& inviter, bool agree,
+                                 const std::string& extra);
+  /// Makes the member a guest of a linked room beside its own: the observer hears of that room, and its
+  /// streams can be subscribed to. Nobody there sees the guest.
+  VisitResult visit(const Member& member, const std::string& roomId, std::weak_ptr<RoomObserver> observer);
+  /// Ends such a stay, and its subscriptions; nothing happens when it is over already.
+  void endVisit(const Member& member, const std::string& roomId);
+
+  /// Links the member's room with another one, in both directions, without an invitation.
   std::int64_t linkRoom(const Member& member, const std::string& otherRoomId);
+  /// Ends the link with another room, and the stays of all members of both rooms that depend on it; they are
+  /// told, but for `member`.
+  std::int64_t unlinkRoom(const Member& member, const std::string& otherRoomId);
   /// The rooms linked with the room of that id, in the order of linking.
   std::vector<std::string> linkedRooms(const std::string& roomId) const;
 
@@ -108,10 +134,20 @@ class MediaServer {
                                    std::optional<bool> liveRoom);
   static std::int64_t checkRoom(const ServerMember& member, std::optional<bool> liveRoom);
 
+  void linkLocked(const std::string& roomId, const std::string& otherRoomId);
+  void withdrawInvitationsLocked(const LinkEnd& leaver);
+  void finishLinkLocked(const std::string& roomId, const std::string& otherRoomId,
+                        const ServerMember& finisher, Aftermath& aftermath);
+  static bool endVisitLocked(ServerMember& member, const ServerRoom& room, Aftermath& aftermath);
+  template <class Event>
+  void tell(const LinkEnd& end, const Event& event) const;
+  template <class Event>
+  void postLink(const ServerMember& listener, const Event& event) const;
+
   const std::shared_ptr<Runner> events_;
   mutable std::mutex mutex_;  ///< guards everything below, and the members' fields
   std::unordered_map<std::string, std::unique_ptr<ServerRoom>> rooms_;
-  std::map<std::string, std::vector<std::string>> links_;
+  RoomLinks links_;
   std::uint64_t arrivals_ = 0;
 };
 

@@ -136,6 +136,30 @@ std::int64_t ScriptedParticipant::linkRoom(const std::string& otherRoomId) {
   return parts_.server->linkRoom(member_, otherRoomId);
 }
 
+std::int64_t ScriptedParticipant::unlinkRoom(const std::string& otherRoomId) {
+  return parts_.server->unlinkRoom(member_, otherRoomId);
+}
+
+std::int64_t ScriptedParticipant::invite(const std::string& roomId, const std::string& userId,
+                                         const std::string& extra) {
+  return parts_.server->requestLink(member_, {roomId, userId}, extra);
+}
+
+std::int64_t ScriptedParticipant::cancelInvite(const std::string& roomId, const std::string& userId,
+                                               const std::string& extra) {
+  return parts_.server->cancelLinkRequest(member_, {roomId, userId}, extra);
+}
+
+std::int64_t ScriptedParticipant::answer(const std::string& roomId, const std::string& userId, bool agree,
+                                         const std::string& extra) {
+  return parts_.server->answerLinkRequest(member_, {roomId, userId}, agree, extra);
+}
+
+void ScriptedParticipant::onInvitation(InvitationSink sink) {
+  invitations_.set(sink ? std::make_shared<const InvitationSink>(std::move(sink)) : nullptr);
+  parts_.server->observeLinks(member_, weak_from_this());
+}
+
 void ScriptedParticipant::onAudio(AudioSink sink) {
   if (!sink) return receive(LMRTCMediaTypeAudio, nullptr);
   receive(LMRTCMediaTypeAudio,
@@ -161,6 +185,18 @@ bool ScriptedParticipant::isInRoom() const { return parts_.server->isPresent(mem
 void ScriptedParticipant::streamsPublished(const std::vector<PublicationState>& streams) {
   const std::lock_guard lock(mutex_);
   for (const PublicationState& state : streams) tap(state.publication);
+}
+
+void ScriptedParticipant::linkRequested(const LinkEnd& inviter, const std::string& extra) {
+  tellInvitation({inviter.roomId, inviter.userId, extra, false});
+}
+
+void ScriptedParticipant::linkRequestCancelled(const LinkEnd& inviter, const std::string& extra) {
+  tellInvitation({inviter.roomId, inviter.userId, extra, true});
+}
+
+void ScriptedParticipant::tellInvitation(const Invitation& invitation) const {
+  if (const auto sink = invitations_.get()) (*sink)(invitation);
 }
 
 std::shared_ptr<Publication> ScriptedParticipant::makePublication(const std::string& tag,

@@ -10,9 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
+#include "LumoRTCLocal/server/LinkObserver.h"
 #include "LumoRTCLocal/server/MediaServer.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
 
@@ -21,6 +23,7 @@ namespace lumo {
 /// A member of a room that does what a script tells it to.
 class ScriptedParticipant : public LumoRTCLocal::Participant,
                             public RoomObserver,
+                            public LinkObserver,
                             public std::enable_shared_from_this<ScriptedParticipant> {
  public:
   /// What the participant is made of.
@@ -65,6 +68,14 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::int64_t goOffline() override;
   std::int64_t kick(const std::string& userId, std::int64_t reason) override;
   std::int64_t linkRoom(const std::string& otherRoomId) override;
+  std::int64_t unlinkRoom(const std::string& otherRoomId) override;
+  std::int64_t invite(const std::string& roomId, const std::string& userId,
+                      const std::string& extra) override;
+  std::int64_t cancelInvite(const std::string& roomId, const std::string& userId,
+                            const std::string& extra) override;
+  std::int64_t answer(const std::string& roomId, const std::string& userId, bool agree,
+                      const std::string& extra) override;
+  void onInvitation(InvitationSink sink) override;
   void onAudio(AudioSink sink) override;
   void onVideo(VideoSink sink, bool tiny) override;
 
@@ -85,6 +96,9 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   };
 
   void streamsPublished(const std::vector<PublicationState>& streams) override;
+  void linkRequested(const LinkEnd& inviter, const std::string& extra) override;
+  void linkRequestCancelled(const LinkEnd& inviter, const std::string& extra) override;
+  void tellInvitation(const Invitation& invitation) const;
 
   std::shared_ptr<Publication> makePublication(const std::string& tag, std::int64_t mediaType, Source& source,
                                                std::uint32_t number);
@@ -98,6 +112,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
 
   const MediaServer::Member member_;
   const std::string userId_;
+  Cell<std::shared_ptr<const InvitationSink>> invitations_;
   std::mutex mutex_;  ///< guards what follows; held over calls into the server, which never call back
   Parts parts_;
   std::map<SourceKey, Source> sources_;

@@ -11,6 +11,12 @@ std::shared_ptr<Publication> ServerMember::find(const StreamName& name) const {
   return found == publications.end() ? nullptr : *found;
 }
 
+const ServerMember* ServerMember::stayIn(const ServerRoom* where) const {
+  if (room == where) return this;
+  const auto found = std::ranges::find(visits, where, &ServerMember::room);
+  return found == visits.end() ? nullptr : found->get();
+}
+
 std::shared_ptr<ServerMember> ServerRoom::find(const std::string& userId) const {
   const auto found = members_.find(userId);
   return found == members_.end() ? nullptr : found->second;
@@ -31,6 +37,11 @@ void ServerRoom::remove(ServerMember& member) {
 
 void ServerRoom::listen(ServerMember& member) {
   if (std::ranges::find(listeners_, &member) == listeners_.end()) listeners_.push_back(&member);
+}
+
+void ServerRoom::dismiss(ServerMember& guest) {
+  guest.room = nullptr;
+  std::erase(listeners_, &guest);
 }
 
 std::vector<MemberSnapshot> ServerRoom::snapshot(const ServerMember* except) const {

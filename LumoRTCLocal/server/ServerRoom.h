@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/LinkObserver.h"
 #include "LumoRTCLocal/server/Publication.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
 
@@ -23,9 +24,14 @@ struct ServerMember {
   std::int64_t role = 0;  ///< LMRTCRoleType
   std::uint64_t arrival = 0;
   std::weak_ptr<RoomObserver> observer;
-  ServerRoom* room = nullptr;  ///< null once the stay is over
-  Publications publications;   ///< in the order of publication
-  std::unordered_set<std::shared_ptr<Publication>> subscriptions;
+  ServerRoom* room = nullptr;                                      ///< null once the stay is over
+  Publications publications;                                       ///< in the order of publication
+  std::unordered_set<std::shared_ptr<Publication>> subscriptions;  ///< in all rooms
+  std::weak_ptr<LinkObserver> links;
+  std::vector<std::shared_ptr<ServerMember>> visits;  ///< as a guest of linked rooms
+
+  /// The stay in that room: this one or one of the visits; null for none.
+  const ServerMember* stayIn(const ServerRoom* where) const;
 
   /// What the member publishes under that name, or null.
   std::shared_ptr<Publication> find(const StreamName& name) const;
@@ -45,6 +51,13 @@ class ServerRoom {
   void remove(ServerMember& member);
   /// Makes `member` hear of the room; a member without an observer costs nothing per event.
   void listen(ServerMember& member);
+
+  /// Takes out a guest: one that listens without being a member.
+  void dismiss(ServerMember& guest);
+  template <class Visit>
+  void forEach(const Visit& visit) const {
+    for (const auto& [arrival, member] : arrivals_) visit(*member);
+  }
 
   /// Everybody but `except`, in the order in which they came.
   std::vector<MemberSnapshot> snapshot(const ServerMember* except) const;

@@ -1,0 +1,66 @@
+#include "LumoRTCLocal/server/RoomLinks.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace lumo {
+
+void RoomLinks::link(const std::string& roomId, const std::string& otherRoomId) {
+  if (areLinked(roomId, otherRoomId)) return;
+  links_[roomId].push_back(otherRoomId);
+  links_[otherRoomId].push_back(roomId);
+}
+
+void RoomLinks::unlink(const std::string& roomId, const std::string& otherRoomId) {
+  std::erase(links_[roomId], otherRoomId);
+  std::erase(links_[otherRoomId], roomId);
+  std::erase_if(links_, [](const auto& entry) { return entry.second.empty(); });
+}
+
+bool RoomLinks::areLinked(const std::string& roomId, const std::string& otherRoomId) const {
+  const auto found = links_.find(roomId);
+  return found != links_.end() && std::ranges::find(found->second, otherRoomId) != found->second.end();
+}
+
+std::vector<std::string> RoomLinks::linkedWith(const std::string& roomId) const {
+  const auto found = links_.find(roomId);
+  return found == links_.end() ? std::vector<std::string>() : found->second;
+}
+
+bool RoomLinks::invite(const LinkInvitation& invitation) {
+  const bool pending = std::ranges::any_of(invitations_, [&invitation](const LinkInvitation& other) {
+    return other.inviter == invitation.inviter && other.invitee == invitation.invitee;
+  });
+  if (!pending) invitations_.push_back(invitation);
+  return !pending;
+}
+
+bool RoomLinks::take(const LinkEnd& inviter, const LinkEnd& invitee) {
+  return !takeIf([&](const LinkInvitation& invitation) {
+            return invitation.inviter == inviter && invitation.invitee == invitee;
+          }).empty();
+}
+
+std::vector<LinkInvitation> RoomLinks::takeOf(const LinkEnd& member) {
+  return takeIf([&member](const LinkInvitation& invitation) {
+    return invitation.inviter == member || invitation.invitee == member;
+  });
+}
+
+std::vector<LinkInvitation> RoomLinks::takeBetween(const std::string& roomId,
+                                                   const std::string& otherRoomId) {
+  return takeIf([&](const LinkInvitation& invitation) {
+    const std::string& from = invitation.inviter.roomId;
+    const std::string& to = invitation.invitee.roomId;
+    return (from == roomId && to == otherRoomId) || (from == otherRoomId && to == roomId);
+  });
+}
+
+std::vector<LinkInvitation> RoomLinks::takeIf(const std::function<bool(const LinkInvitation&)>& isMeant) {
+  const auto kept = std::ranges::stable_partition(invitations_, std::not_fn(isMeant));
+  std::vector<LinkInvitation> taken(std::move_iterator(kept.begin()), std::move_iterator(kept.end()));
+  invitations_.erase(kept.begin(), kept.end());
+  return taken;
+}
+
+}  // namespace lumo

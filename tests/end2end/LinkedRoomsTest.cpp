@@ -1,0 +1,317 @@
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
+#include "LumoRTCLibWrapper/views/LMRTCIWView.h"
+#include "LumoRTCLocal/media/TestPicture.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/sdk/LocalVideoView.h"
+#include "tests/end2end/CallTest.h"
+#include "tests/support/MediaFixtures.h"
+
+namespace lumo::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// The host is in room "r" with anna; ben and cleo are in room "s".
+class LinkedRoomsTest : public CallTest {
+ protected:
+  LinkedRoomsTest() {
+    ben->onInvitation([this](const LumoRTCLocal::Participant::Invitation& invitation) {
+      line(std::string(invitation.cancelled ? "ben lost" : "ben got"), invitation.roomId, invitation.userId,
+           invitation.extra);
+    });
+    recordHandshake();
+    recordRooms();
+    engine->setEngineDelegate(delegate);
+    join();
+    lines.clear();
+  }
+  ~LinkedRoomsTest() override { ben->onInvitation({}); }
+
+  void recordHandshake() {
+    delegate->onJoinSubRoomRequested = [this](auto& room, auto& user, auto code, auto& text) {
+      EXPECT_EQ(text, LMRTCCodeDefine::codeDesc(code));
+      line("requested", room, user, code);
+    };
+    delegate->onJoinSubRoomRequestCanceled = [this](auto& room, auto& user, auto code, auto&) {
+      line("cancelled", room, user, code);
+    };
+    delegate->onJoinSubRoomRequestResponded = [this](auto& room, auto& user, bool agree, auto code, auto&) {
+      line("responded", room, user, agree, code);
+    };
+    delegate->onJoinSubRoomRequestReceived = [this](auto&&... all) { line("got", all...); };
+    delegate->onCancelJoinSubRoomRequestReceived = [this](auto&&... all) { line("lost", all...); };
+    delegate->onJoinSubRoomRequestResponseReceived = [this](auto&&... all) { line("answer", all...); };
+  }
+  void recordRooms() {
+    delegate->onSubRoomJoined = [this](auto& room, auto code, auto&) { line("joined", room, code); };
+    delegate->onSubRoomLeft = [this](auto& room, auto code, auto&) { line("left", room, code); };
+    delegate->onSubRoomBanded = [this](auto& room) { line("linked", room); };
+    delegate->onSubRoomDisband = [this](auto&&... all) { line("disbanded", all...); };
+    delegate->onUserJoined = [this](auto&&... all) { line("user", all...); };
+    delegate->onUserLeft = [this](auto&&... all) { line("user gone", all...); };
+    delegate->onUserOffline = [this](auto&&... all) { line("user offline", all...); };
+    delegate->onRemotePublished = [this](auto&&... all) { line("published", all...); };
+    delegate->onRemoteUnpublished = [this](auto&&... all) { line("unpublished", all...); };
+    delegate->onRemoteStateChanged = [this](auto&&... all) { line("disabled", all...); };
+    delegate->onRemoteFirstFrame = [this](auto&&... all) { line("first frame", all...); };
+    delegate->onSubscribed = [this](auto& user, auto type, auto code, auto&) {
+      line("subscribed", user, type, code);
+    };
+    delegate->onSeiReceived = [this](auto&&... all) { line("sei", all...); };
+    delegate->onKicked = [this](auto& room, auto&) { line("kicked", room); };
+  }
+
+  template <class... Values>
+  void line(std::string text, const Values&... values) {
+    [[maybe_unused]] const auto append = [&text](const auto& value) {
+      if constexpr (std::is_convertible_v<decltype(value), std::string_view>) {
+        text += " " + std::string(value);
+      } else {
+        text += " " + std::to_string(value);
+      }
+    };
+    (append(values), ...);
+    lines.push_back(text);
+  }
+  /// What has been told since the last call.
+  Lines told() {
+    advance(0us);
+    return std::exchange(lines, {});
+  }
+  ParticipantPtr addTo(const std::string& roomId, const std::string& userId) {
+    const auto participant = local->join(roomId, userId).participant;
+    advance(0us);
+    return participant;
+  }
+  /// Links the two rooms and makes the host join the other one.
+  void joinLinked() {
+    EXPECT_EQ(0, ben->linkRoom("r"));
+    EXPECT_EQ(0, engine->joinSubRoom("s"));
+    EXPECT_EQ((Lines{"joined s 0", "linked s", "user s ben", "user s cleo"}), told());
+  }
+  std::int64_t codeOf(std::int64_t accepted) {
+    EXPECT_EQ(0, accepted);
+    const auto answers = told();
+    EXPECT_EQ(1u, answers.size());
+    return answers.empty() ? -1 : std::stoll(answers.back().substr(answers.back().rfind(' ')));
+  }
+
+  Lines lines;
+  ParticipantPtr anna = add("anna");
+  ParticipantPtr ben = addTo("s", "ben");
+  ParticipantPtr cleo = addTo("s", "cleo");
+};
+
+TEST_F(LinkedRoomsTest, TheHostInvites) {
+  engine->requestJoinSubRoom("s", "ben", false, "hi");
+  EXPECT_EQ((Lines{"requested s ben 0", "ben got r me hi"}), told());
+  engine->cancelJoinSubRoomRequest("s", "ben", "oh");
+  EXPECT_EQ((Lines{"cancelled s ben 0", "ben lost r me oh"}), told());
+
+  engine->requestJoinSubRoom("s", "ben", false, "again");
+  EXPECT_EQ((Lines{"requested s ben 0", "ben got r me again"}), told());
+  EXPECT_EQ(0, ben->answer("r", "me", false, "no"));
+  EXPECT_EQ((Lines{"answer s ben 0 no"}), told());
+  EXPECT_EQ(LocalCodeNoInvitation, ben->answer("r", "me", true));
+
+  engine->requestJoinSubRoom("s", "ben", false, "please");
+  EXPECT_EQ(0, cleo->invite("r", "me", "me too"));
+  EXPECT_EQ((Lines{"requested s ben 0", "got s cleo me too", "ben got r me please"}), told());
+  EXPECT_EQ(0, ben->answer("r", "me", true, "yes"));
+  EXPECT_EQ((Lines{"answer s ben 1 yes", "lost s cleo "}), told()) << "the link settles all invitations";
+  EXPECT_EQ(LocalCodeAlreadyLinked, codeOf(engine->requestJoinSubRoom("s", "cleo", false, "")));
+}
+
+TEST_F(LinkedRoomsTest, TheHostIsInvited) {
+  EXPECT_EQ(0, ben->invite("r", "me", "hi"));
+  EXPECT_EQ(LocalCodeInvitationPending, ben->invite("r", "me"));
+  EXPECT_EQ(0, ben->cancelInvite("r", "me", "oh"));
+  EXPECT_EQ((Lines{"got s ben hi", "lost s ben oh"}), told());
+
+  EXPECT_EQ(0, ben->invite("r", "me"));
+  engine->responseJoinSubRoomRequest("s", "ben", false, false, "no");
+  EXPECT_EQ((Lines{"got s ben ", "responded s ben 0 0"}), told());
+  EXPECT_EQ(0, ben->invite("r", "me"));
+  engine->responseJoinSubRoomRequest("s", "ben", true, false, "yes");
+  EXPECT_EQ((Lines{"got s ben ", "responded s ben 1 0"}), told());
+  EXPECT_EQ(LocalCodeAlreadyLinked, cleo->invite("r", "anna"));
+}
+
+TEST_F(LinkedRoomsTest, ThirdMembersHearOfTheOtherRoom) {
+  EXPECT_EQ(0, ben->invite("r", "anna"));
+  EXPECT_EQ(0, anna->answer("s", "ben", false, "no"));
+  EXPECT_EQ((Lines{"answer r anna 0 no"}), told());
+  EXPECT_EQ(0, ben->invite("r", "anna"));
+  EXPECT_EQ(0, anna->answer("s", "ben", true));
+  EXPECT_EQ((Lines{"linked s"}), told());
+
+  const auto dora = addTo("t", "dora");
+  EXPECT_EQ(0, anna->invite("t", "dora"));
+  EXPECT_EQ(0, dora->answer("r", "anna", true));
+  EXPECT_EQ((Lines{"linked t"}), told());
+  engine->leaveRoom();
+  join();
+  EXPECT_EQ((Lines{"linked s", "linked t", "user r anna"}), told()) << "who comes later is told too";
+}
+
+TEST_F(LinkedRoomsTest, AnInvitationEndsWithEitherEnd) {
+  EXPECT_EQ(0, ben->invite("r", "me"));
+  ben->leave();
+  EXPECT_EQ((Lines{"got s ben ", "lost s ben "}), told());
+  EXPECT_EQ(LocalCodeNoInvitation, codeOf(engine->responseJoinSubRoomRequest("s", "ben", true, false, "")));
+
+  engine->requestJoinSubRoom("s", "cleo", false, "");
+  EXPECT_EQ((Lines{"requested s cleo 0"}), told());
+  cleo->goOffline();  // and with it the room
+  EXPECT_EQ((Lines{"answer s cleo 0 "}), told());
+  EXPECT_EQ(LocalCodeUnknownRoom, codeOf(engine->requestJoinSubRoom("s", "cleo", false, "")));
+
+  ben = addTo("s", "ben");
+  ben->onInvitation([this](const auto& invitation) { line(invitation.cancelled ? "ben lost" : "ben got"); });
+  for (const bool kicked : {false, true}) {
+    engine->requestJoinSubRoom("s", "ben", false, "");
+    EXPECT_EQ((Lines{"requested s ben 0", "ben got"}), told());
+    if (kicked) {
+      anna->kick("me", 1);
+      EXPECT_EQ((Lines{"kicked r", "ben lost"}), told());
+    } else {
+      engine->leaveRoom();
+      EXPECT_EQ((Lines{"ben lost"}), told());
+      join();
+      lines.clear();
+    }
+  }
+}
+
+TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
+  std::vector<std::int16_t> heard;
+  local->setSpeaker([&heard](const AudioBlock& block, Microseconds) {
+    heard.insert(heard.end(), block.samples.begin(), block.samples.end());
+  });
+  ben->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo);
+  ben->linkRoom("r");
+  engine->joinSubRoom("s");
+  EXPECT_EQ((Lines{"joined s 0", "linked s", "user s ben", "published s ben 2", "disabled s ben 0 0",
+                   "disabled s ben 1 0", "user s cleo"}),
+            told());
+
+  const auto view = LMRTCIWView::create();
+  EXPECT_EQ(0, engine->subscribe("ben", kBoth));
+  EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(view, "ben"));
+  advance(100ms);
+  EXPECT_EQ((Lines{"subscribed ben 2 0", "first frame s ben 1", "first frame s ben 0"}), told());
+  const auto shown = std::dynamic_pointer_cast<LocalVideoView>(view->rtcVideoView())->picture();
+  ASSERT_TRUE(shown);
+  EXPECT_EQ(ben->sourceNumber(), readTestPicture(*shown)->sourceNumber);
+  heard.clear();
+  advance(100ms);
+  const double tone = 300 + 100 * ben->sourceNumber();
+  EXPECT_NEAR(0.2, toneLevel(heard, tone), 0.01);
+
+  ben->mute(true);
+  ben->sendSei("words");
+  cleo->publishVideo();
+  addTo("s", "dora")->goOffline();
+  cleo->leave();
+  EXPECT_EQ((Lines{"disabled s ben 0 1", "sei s ben words", "published s cleo 1", "disabled s cleo 1 0",
+                   "user s dora", "user offline s dora", "unpublished s cleo 1", "user gone s cleo"}),
+            told());
+
+  ben->mute(false);
+  engine->leaveSubRoom("s", false);
+  advance(100ms);
+  EXPECT_EQ((Lines{"disabled s ben 0 0", "left s 0"}), told());
+  heard.clear();
+  advance(100ms);
+  EXPECT_EQ(0, toneLevel(heard, tone));
+  EXPECT_NE(0, engine->subscribe("ben", kBoth)) << "nobody knows ben any more";
+  engine->joinSubRoom("s");
+  EXPECT_EQ((Lines{"joined s 0", "linked s", "user s ben", "published s ben 2", "disabled s ben 0 0",
+                   "disabled s ben 1 0"}),
+            told())
+      << "the link has stayed";
+  engine->removeRemoteView("ben");
+}
+
+TEST_F(LinkedRoomsTest, ALinkEndsForEverybody) {
+  joinLinked();
+  EXPECT_EQ(0, anna->unlinkRoom("s"));
+  EXPECT_EQ((Lines{"disbanded s anna", "left s 0"}), told());
+  EXPECT_EQ(LocalCodeNotLinked, ben->unlinkRoom("r"));
+
+  joinLinked();
+  cleo->leave();
+  ben->leave();
+  EXPECT_EQ((Lines{"user gone s cleo", "user gone s ben", "disbanded s ben", "left s 0"}), told());
+
+  ben = addTo("s", "ben");
+  cleo = addTo("s", "cleo");
+  joinLinked();
+  engine->leaveSubRoom("s", true);
+  EXPECT_EQ((Lines{"left s 0"}), told());
+  EXPECT_EQ(LocalCodeNotLinked, codeOf(engine->joinSubRoom("s")));
+  EXPECT_EQ(LocalCodeNotLinked, ben->unlinkRoom("r"));
+}
+
+TEST_F(LinkedRoomsTest, TheOtherRoomIsLeftWithTheMainOne) {
+  for (const bool kicked : {false, true}) {
+    joinLinked();
+    kicked ? static_cast<void>(anna->kick("me", 1)) : static_cast<void>(engine->leaveRoom());
+    advance(0us);
+    lines.clear();
+    ben->publishVideo();
+    ben->unpublishVideo();
+    EXPECT_EQ((Lines{}), told());
+    EXPECT_EQ(LocalCodeNotInRoom, codeOf(engine->leaveSubRoom("s", false)));
+    EXPECT_EQ(LocalCodeNotInRoom, codeOf(engine->joinSubRoom("s")));
+    join();
+    lines.clear();
+    EXPECT_EQ(LocalCodeOtherRoomNotJoined, codeOf(engine->leaveSubRoom("s", false)));
+  }
+}
+
+TEST_F(LinkedRoomsTest, Refusals) {
+  struct Case {
+    std::int64_t code;
+    std::string text;
+    std::function<std::int64_t()> call;
+  };
+  const auto request = [this](const std::string& room, const std::string& user) {
+    return [=, this] { return engine->requestJoinSubRoom(room, user, true, ""); };
+  };
+  const Case cases[] = {
+      {LocalCodeOwnRoom, "The other room is the own room", request("r", "anna")},
+      {LocalCodeUnknownRoom, "There is no room of this id", request("x", "ben")},
+      {LocalCodeUserNotInRoom, "The user is not in the room", request("s", "anna")},
+      {LocalCodeNoInvitation, "There is no such invitation",
+       [this] { return engine->cancelJoinSubRoomRequest("s", "cleo", ""); }},
+      {LocalCodeNoInvitation, "There is no such invitation",
+       [this] { return engine->responseJoinSubRoomRequest("s", "cleo", true, true, ""); }},
+      {LocalCodeNotLinked, "The rooms are not linked", [this] { return engine->joinSubRoom("s"); }},
+      {LocalCodeOwnRoom, "The other room is the own room", [this] { return engine->joinSubRoom("r"); }},
+      {LocalCodeUnknownRoom, "There is no room of this id", [this] { return engine->joinSubRoom("x"); }},
+      {LocalCodeOtherRoomNotJoined, "The other room is not joined",
+       [this] { return engine->leaveSubRoom("s", true); }},
+  };
+  for (const Case& refused : cases) {
+    EXPECT_EQ(refused.code, codeOf(refused.call())) << refused.text;
+    EXPECT_EQ(refused.text, LMRTCCodeDefine::codeDesc(refused.code));
+  }
+  EXPECT_EQ(0, codeOf(request("s", "cleo")()));
+  EXPECT_EQ(LocalCodeInvitationPending, codeOf(request("s", "cleo")()));
+  EXPECT_EQ("The user is invited already", LMRTCCodeDefine::codeDesc(LocalCodeInvitationPending));
+  EXPECT_EQ(0, cleo->answer("r", "me", true));
+  EXPECT_EQ((Lines{"answer s cleo 1 "}), told());
+  EXPECT_EQ(LocalCodeAlreadyLinked, codeOf(request("s", "ben")()));
+  EXPECT_EQ(0, local->failNext("joinOtherRoom", 77));
+  EXPECT_EQ(77, codeOf(engine->joinSubRoom("s")));
+  engine->joinSubRoom("s");
+  EXPECT_EQ((Lines{"joined s 0", "linked s", "user s ben", "user s cleo"}), told());
+  EXPECT_EQ(LocalCodeOtherRoomJoined, codeOf(engine->joinSubRoom("s")));
+  cleo->leave();
+  EXPECT_EQ(LocalCodeNotInRoom, cleo->invite("r", "me"));
+  EXPECT_EQ(LocalCodeNotInRoom, cleo->answer("r", "me", true));
+}
+
+}  // namespace
+}  // namespace lumo::test
