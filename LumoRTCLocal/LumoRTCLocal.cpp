@@ -35,6 +35,7 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
   context->speaker = std::make_shared<lumo::Speaker>();
   context->decoding = context->timeline->makeRunner("sound files");
+  context->opening = context->timeline->makeRunner("open files");
   if (options.soundOutput) context->speaker->setOutput(lumo::SoundOutput::open());
   context->files = std::make_shared<lumo::FilePlayback>(context->audio, context->speaker);
   return context;

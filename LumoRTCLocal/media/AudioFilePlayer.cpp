@@ -1,7 +1,6 @@
 #include "LumoRTCLocal/media/AudioFilePlayer.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <span>
 #include <utility>
 
@@ -17,14 +16,6 @@ constexpr std::uint64_t kSlots = 2 * kAhead;
 
 Microseconds spanOf(std::size_t samples) {
   return Microseconds(samples / AudioBlock::kChannels * 1'000'000 / AudioBlock::kSampleRate);
-}
-
-/// Exactly one of the two is set. What could keep the opener waiting, such as a pipe, is refused.
-MediaOpenResult openSound(const std::string& path) {
-  std::error_code ignored;
-  if (std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored))
-    return {nullptr, path + " is not a file"};
-  return MediaFileReader::open(path, MediaKind::sound);
 }
 
 }  // namespace
@@ -104,7 +95,7 @@ class AudioFilePlayer::Decoder {
 
 AudioFilePlayer::Opened AudioFilePlayer::open(std::shared_ptr<Runner> decoding, const std::string& path,
                                               std::int64_t loopCount) {
-  auto opened = openSound(path);
+  auto opened = MediaFileReader::openFile(path, MediaKind::sound);
   if (!opened.reader) return {nullptr, std::move(opened.error)};
   std::shared_ptr<AudioFilePlayer> player(new AudioFilePlayer(
       std::move(decoding), std::make_unique<Decoder>(std::move(opened.reader), loopCount)));
@@ -113,7 +104,7 @@ AudioFilePlayer::Opened AudioFilePlayer::open(std::shared_ptr<Runner> decoding, 
 }
 
 Microseconds AudioFilePlayer::durationOf(const std::string& path) {
-  const auto opened = openSound(path);
+  const auto opened = MediaFileReader::openFile(path, MediaKind::sound);
   return opened.reader ? opened.reader->duration() : Microseconds(0);
 }
 

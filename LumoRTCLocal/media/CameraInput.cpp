@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "LumoRTCLocal/media/MediaFileReader.h"
-#include "LumoRTCLocal/media/Picture.h"
+#include "LumoRTCLocal/media/PictureFitter.h"
 
 namespace lumo {
 namespace {
@@ -15,26 +15,6 @@ using namespace std::chrono_literals;
 
 /// A gap in the asked-for times over which seeking is faster than decoding every picture on the way.
 constexpr Microseconds kFarAhead = 2s;
-
-/// Fits pictures into the asked-for size, each one once.
-class PictureFitter {
- public:
-  std::shared_ptr<const LumoRTCI420Buffer> fit(const std::shared_ptr<const LumoRTCI420Buffer>& picture,
-                                               const VideoFormat& format) {
-    if (!picture) return nullptr;
-    const bool isSameSize = fitted_ && fitted_->width() == format.width && fitted_->height() == format.height;
-    if (picture != original_ || !isSameSize) {
-      fitted_ = letterboxed(picture, format.width, format.height, pool_);
-      original_ = picture;
-    }
-    return fitted_;
-  }
-
- private:
-  FramePool pool_;
-  std::shared_ptr<const LumoRTCI420Buffer> original_;
-  std::shared_ptr<const LumoRTCI420Buffer> fitted_;
-};
 
 /// Repeats a file. How long it is shows when its end has been read for the first time: what files announce is
 /// not always there.

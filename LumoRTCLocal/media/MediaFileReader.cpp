@@ -292,6 +292,13 @@ MediaOpenResult MediaFileReader::open(const std::string& path, MediaKind kind) {
   return {std::unique_ptr<MediaFileReader>(new MediaFileReader(std::move(state))), {}};
 }
 
+MediaOpenResult MediaFileReader::openFile(const std::string& path, MediaKind kind) {
+  std::error_code ignored;
+  if (std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored))
+    return {nullptr, path + " is not a file"};
+  return open(path, kind);
+}
+
 bool MediaFileReader::hasPicture() const { return state_->picture.has_value(); }
 
 bool MediaFileReader::hasSound() const { return state_->sound.has_value(); }

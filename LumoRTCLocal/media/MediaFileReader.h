@@ -44,6 +44,9 @@ class MediaFileReader {
   /// @param path  a file, or a capture device ("/dev/video0")
   static MediaOpenResult open(const std::string& path, MediaKind kind);
 
+  /// As `open`, for files only: what could keep the opener waiting, such as a device or a pipe, is refused.
+  static MediaOpenResult openFile(const std::string& path, MediaKind kind);
+
   ~MediaFileReader();
   MediaFileReader(const MediaFileReader&) = delete;
   MediaFileReader& operator=(const MediaFileReader&) = delete;

@@ -45,8 +45,9 @@ void CameraPipeline::change(Change apply) {
 }
 
 void CameraPipeline::setSource(std::shared_ptr<VideoSource> source) {
-  change([&source](Settings& settings) {
-    std::swap(settings.source, source);  // the former one goes after the lock
+  change([this, &source](Settings& settings) {
+    if (!settings.source) running_ = false;  // what begins captures at once
+    std::swap(settings.source, source);      // the former one goes after the lock
     settings.sourceStart = Microseconds(-1);
   });
 }
@@ -93,6 +94,10 @@ void CameraPipeline::setActive(bool active) {
   change([active](Settings& settings) { settings.active = active; });
 }
 
+void CameraPipeline::setContinuous(bool continuous) {
+  change([continuous](Settings& settings) { settings.continuous = continuous; });
+}
+
 void CameraPipeline::setCapturing(bool capturing) {
   change([capturing](Settings& settings) { settings.capturing = capturing; });
 }
@@ -116,8 +121,8 @@ void CameraPipeline::update() {
 }
 
 bool CameraPipeline::isWantedLocked() const {
-  if (!settings_.active || !settings_.capturing) return false;
-  return isSending(settings_) || !settings_.preview.expired();
+  if (!settings_.source || !settings_.active || !settings_.capturing) return false;
+  return settings_.continuous || isSending(settings_) || !settings_.preview.expired();
 }
 
 bool CameraPipeline::isSending(const Settings& settings) const {

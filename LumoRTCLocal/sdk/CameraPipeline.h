@@ -25,11 +25,11 @@ namespace lumo {
 class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
  public:
   /// @param name    of the runners
-  /// @param source  not null
+  /// @param source  null: there is nothing to capture
   CameraPipeline(std::shared_ptr<Timeline> timeline, std::string name, std::shared_ptr<VideoSource> source,
                  const VideoFormat& format);
 
-  /// Captures from `source` (not null) from the next picture on; its capture time starts at 0.
+  /// Captures from `source` from the next picture on; its capture time starts at 0. Null ends the capture.
   void setSource(std::shared_ptr<VideoSource> source);
   void setFormat(const VideoFormat& format);
   VideoFormat format() const;
@@ -51,6 +51,8 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
 
   /// While it is off, nothing is captured at all.
   void setActive(bool active);
+  /// Captures also while nobody wants the pictures, so that a source that has an end comes to it.
+  void setContinuous(bool continuous);
   /// Whether the camera is switched on, as it is at first.
   void setCapturing(bool capturing);
   /// Shows the pictures, never mirrored; null shows them nowhere.
@@ -71,6 +73,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
     bool tinyEnabled = true;
     std::optional<VideoFormat> tinyFormat;
     bool active = false;
+    bool continuous = false;
     bool capturing = true;
     std::weak_ptr<LMRTCVideoRenderer> preview;
     std::shared_ptr<Publication> publication;

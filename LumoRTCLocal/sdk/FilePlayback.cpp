@@ -40,11 +40,13 @@ bool FilePlayback::play(FileVoice& voice) {
     voice.listener_(voice, std::nullopt);
     return true;
   }
+  voice.hasBlock_ = false;
   const auto result = voice.player_->read(block_);
   const bool goesOn = result == AudioFilePlayer::Read::sound || result == AudioFilePlayer::Read::underrun;
   if (goesOn) {
     const double publishGain = voice.publishGain_.load(std::memory_order_relaxed);
     const double playbackGain = voice.playbackGain_.load(std::memory_order_relaxed);
+    if (voice.hasPublication_.load(std::memory_order_relaxed)) voice.keep(block_);
     if (publishGain > 0) published_.add(block_, publishGain);
     if (playbackGain > 0) playedBack_.add(block_, playbackGain);
     isPublishing_ = isPublishing_ || publishGain > 0;

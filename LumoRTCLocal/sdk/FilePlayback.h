@@ -15,8 +15,9 @@
 
 namespace lumo {
 
-/// One file that plays, and how loud. Any thread.
-class FileVoice {
+/// One file that plays, and how loud. Any thread, except for the block of its own publication: that is the
+/// source of an audio publication and is taken, in each 10 ms, after the playback has read the file.
+class FileVoice : public AudioSource {
  public:
   /// Told after every 10 ms, on the audio runner: what the player gave, or nothing while it is paused.
   using Listener = std::function<void(FileVoice& voice, std::optional<AudioFilePlayer::Read> result)>;
@@ -29,6 +30,8 @@ class FileVoice {
   /// 1 is the file's own level; 0 does not play it there.
   void setPublishGain(double gain) { publishGain_.store(gain, std::memory_order_relaxed); }
   void setPlaybackGain(double gain) { playbackGain_.store(gain, std::memory_order_relaxed); }
+  /// Also keeps each block for a publication of its own, at the file's level.
+  void setHasPublication(bool has) { hasPublication_.store(has, std::memory_order_relaxed); }
   /// While it plays, the microphone is not sent.
   void setReplacesMicrophone(bool replaces) {
     replacesMicrophone_.store(replaces, std::memory_order_relaxed);
@@ -36,15 +39,31 @@ class FileVoice {
   void setPaused(bool paused) { paused_.store(paused, std::memory_order_relaxed); }
   bool isPaused() const { return paused_.load(std::memory_order_relaxed); }
 
+  bool hasSound() const override { return hasBlock_; }
+  void read(AudioBlock& block) override {
+    block = block_;
+    hasBlock_ = false;
+  }
+
  private:
   friend class FilePlayback;
+
+  void keep(const AudioBlock& block) {
+    block_ = block;
+    hasBlock_ = true;
+  }
 
   const std::shared_ptr<AudioFilePlayer> player_;
   const Listener listener_;
   std::atomic<double> publishGain_{1};
   std::atomic<double> playbackGain_{1};
+  std::atomic<bool> hasPublication_{false};
   std::atomic<bool> replacesMicrophone_{false};
   std::atomic<bool> paused_{false};
+
+  // The audio runner alone.
+  AudioBlock block_;
+  bool hasBlock_ = false;  ///< the block is of this tick and has not been read
 };
 
 /// Plays files into the speaker and into what the local user sends. While there are any it keeps the audio

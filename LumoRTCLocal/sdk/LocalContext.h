@@ -22,6 +22,7 @@ struct LocalContext {
   std::shared_ptr<AudioExchange> audio;
   std::shared_ptr<Speaker> speaker;
   std::shared_ptr<Runner> decoding;  ///< decodes the sound of files
+  std::shared_ptr<Runner> opening;   ///< opens files that are published
   std::shared_ptr<FilePlayback> files;
 };
 

@@ -4,7 +4,10 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/media/FileUrl.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/sdk/LocalFileStream.h"
+#include "LumoRTCLocal/sdk/VideoPresets.h"
 
 namespace lumo {
 
@@ -99,9 +102,12 @@ void LocalEngine::leaveOtherRoom(const std::string& roomId, bool notifyFinished,
 }
 
 std::shared_ptr<LMRTCFileVideoOutputStream> LocalEngine::createFileVideoOutputStream(
-    const std::string& /*url*/, bool /*replaceAudio*/, bool /*playback*/, const std::string& /*tag*/,
-    const LMRTCVideoStreamConfig& /*config*/) {
-  return nullptr;
+    const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
+    const LMRTCVideoStreamConfig& config) {
+  if (tag == kLMRTCDefaultStreamTag) return nullptr;
+  return std::make_shared<LocalFileStream>(
+      context_, LocalFileStream::Settings{pathOfUrl(url), tag, replaceAudio, playback,
+                                          configuredFormat(VideoFormat(), config)});
 }
 
 void LocalEngine::startRTCProbeTest(Completion completion) {

@@ -44,6 +44,10 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
   const std::shared_ptr<LocalAudioMixer>& audioMixer() const { return mixer_; }
   const std::shared_ptr<LocalMicrophone>& microphone() const { return microphone_; }
+  /// Nothing is opened before the stream is published. Null for the tag of microphone and camera.
+  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
+      const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
+      const LMRTCVideoStreamConfig& config) override;
 
   void joinOtherRoom(const std::string& roomId, JoinOtherCompletion completion) override;
   void leaveOtherRoom(const std::string& roomId, bool notifyFinished,
@@ -51,9 +55,6 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
 
   // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
   void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
-  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
-      const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
-      const LMRTCVideoStreamConfig& config) override;
   void startEchoTest(double /*seconds*/) override {}
   void stopEchoTest() override {}
   void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> /*delegate*/) override {}

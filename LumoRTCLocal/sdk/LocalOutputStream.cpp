@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoStreamConfig.h"
 #include "LumoRTCLocal/sdk/AudioTap.h"
 #include "LumoRTCLocal/sdk/VideoPresets.h"
 
@@ -15,13 +14,6 @@ constexpr AudioBlock kSilence;
 
 StreamName defaultStream(const std::string& userId, std::int64_t mediaType) {
   return {userId, kLMRTCDefaultStreamTag, mediaType, LMRTCMediaStreamTypeNormal};
-}
-
-/// `present`, with what `config` sets.
-VideoFormat configured(const VideoFormat& present, const LMRTCVideoStreamConfig& config) {
-  VideoFormat format = presetFormat(config.videoSizePreset(), present).value_or(present);
-  format.framesPerSecond = presetFrameRate(config.videoFps()).value_or(present.framesPerSecond);
-  return format;
 }
 
 }  // namespace
@@ -185,11 +177,11 @@ void LocalCamera::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) 
 }
 
 void LocalCamera::setVideoConfig(const LMRTCVideoStreamConfig& config) {
-  pipeline_->setFormat(configured(pipeline_->format(), config));
+  pipeline_->setFormat(configuredFormat(pipeline_->format(), config));
 }
 
 void LocalCamera::setTinyVideoConfig(const LMRTCVideoStreamConfig& config) {
-  pipeline_->setTinyFormat(configured(pipeline_->tinyFormat(), config));
+  pipeline_->setTinyFormat(configuredFormat(pipeline_->tinyFormat(), config));
 }
 
 void LocalCamera::setEnableTinyStream(bool enabled) { pipeline_->setTinyEnabled(enabled); }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/sdk/LocalFileStream.h"
 #include "LumoRTCLocal/sdk/LocalInputStream.h"
 #include "LumoRTCLocal/sdk/LocalOutputStream.h"
 
@@ -54,6 +55,23 @@ bool collect(const LMRTCLocalUser::OutputStreams& streams, Publications& publica
   return true;
 }
 
+std::shared_ptr<LocalFileStream> asFile(const std::shared_ptr<LMRTCOutputStream>& stream) {
+  return std::dynamic_pointer_cast<LocalFileStream>(stream);
+}
+
+/// The publications that an unpublishing concerns. Of a file that is still being opened there are none.
+/// @return false when a stream is absent or foreign
+bool collectOpen(const LMRTCLocalUser::OutputStreams& streams, Publications& publications) {
+  for (const auto& stream : streams) {
+    if (const auto file = asFile(stream); file && file->isStarted()) {
+      for (auto& open : file->publications()) publications.push_back(std::move(open));
+    } else if (!collect({stream}, publications)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 bool collect(const LMRTCLocalUser::InputStreams& streams,
              std::vector<std::shared_ptr<RemoteStream>>& remote) {
   for (const auto& stream : streams) {
@@ -82,10 +100,11 @@ LocalUser::LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::M
     : context_(std::move(context)), member_(std::move(member)), defaults_(std::move(defaults)) {}
 
 void LocalUser::close() {
+  OutputStreams closed;  // goes after the lock: this may be the last to hold a file's stream
   const std::lock_guard lock(mutex_);
   open_ = false;
   for (const auto& stream : published_) attach(stream, nullptr);
-  published_.clear();
+  closed.swap(published_);
 }
 
 LMRTCLocalUser::OutputStreams LocalUser::streams() const {
@@ -217,22 +236,54 @@ void LocalUser::unpublish(std::string_view name, const OutputStreams& streams, R
 std::int64_t LocalUser::doPublish(const OutputStreams& streams, RoomKind kind) {
   Publications publications;
   if (!collect(streams, publications)) return LocalCodeUnknownStream;
-  const auto code = context_->server->publish(member_, publications, kind == RoomKind::live);
+  const bool isLive = kind == RoomKind::live;
+  // Files enter the room later, when they have been opened.
+  Publications present;
+  for (std::size_t i = 0; i < streams.size(); ++i) {
+    const auto file = asFile(streams[i]);
+    if (file && file->isStarted()) return LocalCodeAlreadyPublished;
+    if (!file) present.push_back(publications[i]);
+  }
+  std::int64_t code = context_->server->mayPublish(member_, publications, isLive);
+  if (code == LocalCodeSuccess && !present.empty())
+    code = context_->server->publish(member_, present, isLive);
   if (code != LocalCodeSuccess) return code;
   const std::lock_guard lock(mutex_);
   if (!open_) return LocalCodeNotInRoom;
   for (std::size_t i = 0; i < streams.size(); ++i) {
-    attach(streams[i], publications[i]);
     published_.push_back(streams[i]);
+    if (const auto file = asFile(streams[i])) {
+      startFile(file, isLive);
+    } else {
+      attach(streams[i], publications[i]);
+    }
   }
   return LocalCodeSuccess;
 }
 
+void LocalUser::startFile(const std::shared_ptr<LocalFileStream>& stream, bool isLive) {
+  stream->start({[weak = weak_from_this(), isLive](const Publications& publications) {
+                   const auto self = weak.lock();
+                   return self && self->context_->server->publish(self->member_, publications, isLive) ==
+                                      LocalCodeSuccess;
+                 },
+                 [weak = weak_from_this(), file = std::weak_ptr<LocalFileStream>(stream)] {
+                   if (const auto self = weak.lock()) self->dropFile(file);
+                 }});
+}
+
+void LocalUser::dropFile(const std::weak_ptr<LocalFileStream>& stream) {
+  const std::lock_guard lock(mutex_);
+  std::erase(published_, stream.lock());
+}
+
 std::int64_t LocalUser::doUnpublish(const OutputStreams& streams, RoomKind kind) {
   Publications publications;
-  if (!collect(streams, publications)) return LocalCodeUnknownStream;
-  const auto code = context_->server->unpublish(member_, publications, kind == RoomKind::live);
-  if (code != LocalCodeSuccess) return code;
+  if (!collectOpen(streams, publications)) return LocalCodeUnknownStream;
+  if (streams.empty() || !publications.empty()) {
+    const auto code = context_->server->unpublish(member_, publications, kind == RoomKind::live);
+    if (code != LocalCodeSuccess) return code;
+  }
   const std::lock_guard lock(mutex_);
   for (const auto& stream : streams) {
     attach(stream, nullptr);

@@ -16,6 +16,7 @@
 
 namespace lumo {
 
+class LocalFileStream;
 class LocalOutput;
 class RemoteStream;
 
@@ -68,6 +69,8 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   void publishLive(std::string_view name, const OutputStreams& streams, LiveCompletion completion);
   void unpublish(std::string_view name, const OutputStreams& streams, RoomKind kind, Completion completion);
 
+  void startFile(const std::shared_ptr<LocalFileStream>& stream, bool isLive);
+  void dropFile(const std::weak_ptr<LocalFileStream>& stream);
   std::int64_t doPublish(const OutputStreams& streams, RoomKind kind);
   std::int64_t doUnpublish(const OutputStreams& streams, RoomKind kind);
   std::int64_t doSubscribe(const InputStreams& streams, const InputStreams& tinyStreams);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoStreamConfig.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWConfigUtility.h"
 
 namespace lumo {
@@ -23,6 +24,12 @@ std::optional<std::int32_t> presetFrameRate(std::int64_t value) {
   const auto framesPerSecond = static_cast<std::int32_t>(LMRTCIWConfigUtility::getVideoFPS(value));
   if (framesPerSecond == 0) return std::nullopt;
   return framesPerSecond;
+}
+
+VideoFormat configuredFormat(const VideoFormat& present, const LMRTCVideoStreamConfig& config) {
+  VideoFormat format = presetFormat(config.videoSizePreset(), present).value_or(present);
+  format.framesPerSecond = presetFrameRate(config.videoFps()).value_or(present.framesPerSecond);
+  return format;
 }
 
 VideoFormat defaultTinyFormat(const VideoFormat& normal) {

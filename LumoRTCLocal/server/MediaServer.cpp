@@ -79,6 +79,12 @@ std::int64_t MediaServer::publish(const Member& member, const Publications& stre
   return LocalCodeSuccess;
 }
 
+std::int64_t MediaServer::mayPublish(const Member& member, const Publications& streams,
+                                     std::optional<bool> liveRoom) const {
+  const std::lock_guard lock(mutex_);
+  return checkPublish(*member, streams, liveRoom);
+}
+
 std::int64_t MediaServer::unpublish(const Member& member, const Publications& streams,
                                     std::optional<bool> liveRoom) {
   Aftermath aftermath;

@@ -71,6 +71,9 @@ class MediaServer {
   /// Publishes all of `streams`, or none.
   /// @param liveRoom  the kind of room that the publication is meant for; absent takes either
   std::int64_t publish(const Member& member, const Publications& streams, std::optional<bool> liveRoom = {});
+  /// What `publish` would answer now.
+  std::int64_t mayPublish(const Member& member, const Publications& streams,
+                          std::optional<bool> liveRoom = {}) const;
   std::int64_t unpublish(const Member& member, const Publications& streams,
                          std::optional<bool> liveRoom = {});
   /// Switches a stream on or off at its source, and tells the room if it is published and this is a change.

@@ -1,0 +1,216 @@
+#include <malloc.h>
+
+#include <cmath>
+#include <utility>
+
+#include "LumoRTCLibWrapper/model/LMRTCIWVideoConfig.h"
+#include "LumoRTCLibWrapper/util/LMRTCIWConfigUtility.h"
+#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "tests/end2end/CallTest.h"
+#include "tests/support/MediaFixtures.h"
+
+namespace lumo::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Which picture of a clip is in the middle of `picture`; -1 for none of the first twenty.
+std::int32_t pictureNumber(const LumoRTCI420Buffer& picture) {
+  const YuvColor seen = colorAt(picture, picture.width() / 2, picture.height() / 2);
+  for (std::int32_t number = 0; number < 20; ++number) {
+    const YuvColor color = clipColor(number);
+    if (std::abs(seen.y - color.y) < 4 && std::abs(seen.u - color.u) < 4 && std::abs(seen.v - color.v) < 4)
+      return number;
+  }
+  return -1;
+}
+
+class FileStreamTest : public CallTest {
+ protected:
+  FileStreamTest() {
+    delegate->onCustomStreamPublished = [this](const std::string& tag, std::int64_t code,
+                                               const std::string& message) {
+      lines.push_back("published " + tag + " " + std::to_string(code) + (code ? " " + message : ""));
+    };
+    delegate->onCustomStreamPublishFinished = [this](const std::string& tag) {
+      lines.push_back("finished " + tag);
+    };
+    delegate->onCustomStreamUnpublished = [this](const std::string& tag, std::int64_t code,
+                                                 const std::string&) {
+      lines.push_back("unpublished " + tag + " " + std::to_string(code));
+    };
+    delegate->onRemoteCustomStreamPublished = [this](const std::string&, const std::string& user,
+                                                     const std::string& tag, std::int64_t type) {
+      lines.push_back(user + " publishes " + tag + " " + std::to_string(type));
+    };
+    delegate->onRemoteCustomStreamUnpublished = [this](const std::string&, const std::string& user,
+                                                       const std::string& tag, std::int64_t type) {
+      lines.push_back(user + " unpublishes " + tag + " " + std::to_string(type));
+    };
+    engine->setEngineDelegate(delegate);
+    anna = add("anna");
+    anna->onVideo([this](const std::string& tag, const LMRTCVideoFrame& frame) {
+      if (tag != "clip") return;
+      last = frame.rtcVideoFrame->buffer->toI420();
+      const std::int32_t number = pictureNumber(*last);
+      if (pictures.empty() || pictures.back() != number) pictures.push_back(number);
+    });
+    anna->onAudio([this](const std::string& tag, const AudioBlock& block, Microseconds) {
+      auto& into = tag == "clip" ? clipSound : microphone;
+      into.insert(into.end(), block.samples.begin(), block.samples.end());
+    });
+    local->setSpeaker([this](const AudioBlock& block, Microseconds) {
+      speaker.insert(speaker.end(), block.samples.begin(), block.samples.end());
+    });
+    join();
+    publish(kAudio);
+  }
+  ~FileStreamTest() override {
+    anna->onVideo({});
+    anna->onAudio({});
+  }
+
+  void start(const std::string& path, bool replace = false, bool playback = false) {
+    ASSERT_EQ(0, engine->createCustomStreamFromFile(path, "clip", replace, playback));
+    ASSERT_EQ(0, engine->publishCustomStream("clip"));
+    advance(0us);
+  }
+
+  /// In the next 200 ms: the microphone and the clip's tone in the microphone's stream, the clip's tone in
+  /// its own stream and on the speaker; in tenths of each one's level.
+  std::string levels() {
+    for (auto* const heard : {&microphone, &clipSound, &speaker}) heard->clear();
+    advance(200ms);
+    const auto tenths = [](const std::vector<std::int16_t>& samples, double frequency, double full) {
+      return samples.empty() ? "-" : std::to_string(std::lround(toneLevel(samples, frequency) / full * 10));
+    };
+    return tenths(microphone, 300, 0.2) + " " + tenths(microphone, 700, 0.5) + " | " +
+           tenths(clipSound, 700, 0.5) + " | " + tenths(speaker, 700, 0.5);
+  }
+
+  Lines takeLines() { return std::exchange(lines, {}); }
+
+  TempFolder folder;
+  ParticipantPtr anna;
+  Lines lines;
+  std::vector<std::int32_t> pictures;
+  std::shared_ptr<const LumoRTCI420Buffer> last;
+  std::vector<std::int16_t> microphone;
+  std::vector<std::int16_t> clipSound;
+  std::vector<std::int16_t> speaker;
+};
+
+const Clip kClip{.pictures = 10, .toneHz = 700, .toneSeconds = 1};
+
+TEST_F(FileStreamTest, PicturesArriveInOrderAndTheEndIsReportedOnce) {
+  const std::string path = writeClip(folder, "a.mkv", kClip);
+  LMRTCIWVideoConfig config;
+  config.resolution = 2;
+  config.fps = 3;
+  ASSERT_EQ(0, engine->createCustomStreamFromFile("file://" + path, "clip", false, false));
+  ASSERT_EQ(0, engine->setCustomStreamVideoConfig(&config, "clip"));
+  for (int round = 0; round < 2; ++round) {
+    pictures.clear();
+    ASSERT_EQ(0, engine->publishCustomStream("clip"));
+    advance(0us);
+    EXPECT_EQ((Lines{"published clip 0"}), takeLines());
+    EXPECT_EQ("10 0 | 10 | 0", levels());
+    advance(400ms);
+    EXPECT_EQ((std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6}), pictures);
+    advance(390ms);
+    EXPECT_TRUE(lines.empty());
+    advance(100ms);
+    EXPECT_EQ((Lines{"finished clip"}), takeLines());
+    EXPECT_EQ((std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}), pictures);
+    EXPECT_EQ("10 0 | - | 0", levels()) << "not published any more";
+  }
+  ASSERT_TRUE(last);
+  EXPECT_EQ(LMRTCIWConfigUtility::getVideoSize(config.resolution, 0), last->width());
+  EXPECT_EQ(LMRTCIWConfigUtility::getVideoSize(config.resolution, 1), last->height());
+  EXPECT_LT(colorAt(*last, 1, 1).y, 20) << "black bars";
+}
+
+TEST_F(FileStreamTest, TheSoundGoesWhereItIsAskedTo) {
+  const std::string path = writeClip(folder, "a.mkv", {.pictures = 15, .toneHz = 700, .toneSeconds = 1.5});
+  start(path, true, true);
+  EXPECT_EQ("0 10 | - | 10", levels());
+  ASSERT_EQ(0, engine->muteLocalCustomStream("clip", true));
+  EXPECT_EQ("0 0 | - | 10", levels()) << "the microphone stays replaced";
+  pictures.clear();
+  advance(100ms);
+  EXPECT_TRUE(pictures.empty()) << "muted";
+  ASSERT_EQ(0, engine->muteLocalCustomStream("clip", false));
+  EXPECT_EQ("0 10 | - | 10", levels());
+  ASSERT_EQ(0, engine->unpublishCustomStream("clip"));
+  advance(0us);
+  EXPECT_EQ((Lines{"published clip 0", "unpublished clip 0"}), takeLines());
+  EXPECT_EQ("10 0 | - | 0", levels());
+  EXPECT_TRUE(lines.empty()) << "no end after a stop";
+
+  start(path, false, true);
+  EXPECT_EQ("10 0 | 10 | 10", levels());
+  ASSERT_EQ(0, engine->muteLocalCustomStream("clip", true));
+  EXPECT_EQ("10 0 | - | 10", levels());
+}
+
+TEST_F(FileStreamTest, WhatCannotBePublishedEndsInAFailureAndNothingElseBreaks) {
+  const std::string good = writeClip(folder, "good.mkv", kClip);
+  const std::string whole = readFile(good);
+  const std::string files[] = {folder.path("missing.mp4"),
+                               folder.write("empty.mp4", ""),
+                               folder.write("text.mp4", "This is no film."),
+                               folder.write("cut.mkv", whole.substr(0, 40)),
+                               folder.path(""),
+                               writeClip(folder, "sound.mkv", {.pictures = 0, .toneHz = 700})};
+  for (const std::string& path : files) {
+    SCOPED_TRACE(path);
+    start(path, true, true);
+    EXPECT_EQ((Lines{"published clip -20 Open File Error."}), takeLines());
+    EXPECT_EQ("10 0 | - | 0", levels());
+    EXPECT_EQ(0, engine->unpublishCustomStream("clip"));
+    advance(0us);
+    EXPECT_EQ((Lines{"unpublished clip " + std::to_string(LocalCodeNotPublished)}), takeLines());
+  }
+  EXPECT_TRUE(pictures.empty());
+
+  start(folder.write("half.mkv", whole.substr(0, whole.size() / 2)));
+  advance(1500ms);
+  EXPECT_EQ((Lines{"published clip 0", "finished clip"}), takeLines()) << "played up to where it is cut";
+  start(writeClip(folder, "silent.mkv", {.pictures = 3}), true);
+  EXPECT_EQ("10 0 | - | 0", levels()) << "without sound it replaces nothing";
+  advance(200ms);
+  EXPECT_EQ((Lines{"published clip 0", "finished clip"}), takeLines());
+}
+
+TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
+  const std::string path = writeClip(folder, "a.mkv", kClip);
+  std::size_t usedBefore = 0;
+  for (int round = 0; round < 720; ++round) {
+    start(path, round % 2 == 0, round % 3 == 0);
+    if (round % 5 != 0) advance(Microseconds(round % 90 * 1000));
+    ASSERT_EQ(0, engine->publishCustomStream("clip"));
+    advance(0us);
+    ASSERT_EQ(
+        "published clip " + std::to_string(LocalCodeAlreadyPublished) + " The stream is published already",
+        takeLines().back());
+    ASSERT_EQ(0, engine->unpublishCustomStream("clip"));
+    ASSERT_EQ(0, engine->publishCustomStream("clip"));
+    ASSERT_EQ(0, engine->unpublishCustomStream("clip"));
+    advance(20ms);
+    ASSERT_EQ((Lines{"unpublished clip 0", "unpublished clip 0"}), takeLines())
+        << "stopped before it was opened";
+    pictures.clear();
+    for (auto* const heard : {&microphone, &clipSound, &speaker}) heard->clear();
+    if (round == 449) usedBefore = mallinfo2().uordblks;
+  }
+  EXPECT_LT(mallinfo2().uordblks, usedBefore + 16 * 1024);
+
+  start(path, true, true);
+  advance(100ms);
+  ASSERT_EQ(0, engine->leaveRoom());
+  advance(2s);
+  EXPECT_EQ((Lines{"published clip 0"}), takeLines()) << "left in the middle";
+}
+
+}  // namespace
+}  // namespace lumo::test
