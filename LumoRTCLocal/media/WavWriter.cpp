@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 namespace lumo {
@@ -31,7 +32,7 @@ WavWriter::Created WavWriter::create(Timeline& timeline, const std::string& path
   errno = 0;
   std::shared_ptr<WavWriter> writer(new WavWriter(timeline, path));
   if (writer->file_.is_open()) return {std::move(writer), {}};
-  return {nullptr, path + " cannot be written: " + std::strerror(errno)};
+  return {nullptr, path + " cannot be written: " + std::generic_category().message(errno)};
 }
 
 WavWriter::WavWriter(Timeline& timeline, std::string path)
