@@ -66,10 +66,16 @@ class Microphone : public Stream<LMRTCAudioOutputStream> {
   void setRecordingVolume(std::uint64_t volume) override { volume_ = volume; }
   void setAudioCodecType(std::int64_t) override {}
   void setMicrophoneDisable(bool) override {}
-  void setRecordAudioDataCallback(LMRTCAudioDataCallback) override {}
+  void setRecordAudioDataCallback(LMRTCAudioDataCallback callback) override {
+    recorded_ = std::move(callback);
+  }
   void setWillSendAudioBufferCallback(LMRTCAudioDataCallback) override {}
 
+  /// Who hears what is captured.
+  const LMRTCAudioDataCallback& recorded() const { return recorded_; }
+
  private:
+  LMRTCAudioDataCallback recorded_;
   std::int64_t quality_ = 0;
   std::int64_t scenario_ = 0;
   std::uint64_t volume_ = 0;
@@ -190,6 +196,7 @@ class Engine : public LMRTCEngine {
   void stopRTCProbeTest(Completion) override {}
   void preconnectMediaServer() override {}
   void enableSpeaker(bool) override {}
+  std::shared_ptr<Microphone> microphone() const { return microphone_; }
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone_; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return nullptr; }
 

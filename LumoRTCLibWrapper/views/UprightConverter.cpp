@@ -8,45 +8,58 @@
 namespace lumo {
 namespace {
 
-/// Rows of the turned picture in one strip: even, so that strips begin on whole chroma rows.
-constexpr std::int32_t kStripRows = 64;
+// The size of a tile of the turned picture: even, so that tiles begin on whole chroma rows and columns. Where
+// sides swap, a tile is narrow enough for the rows that it comes from to stay within reach of the processor.
+constexpr std::int32_t kTurnedRows = 64;
+constexpr std::int32_t kTurnedColumns = 512;
+constexpr std::int32_t kUpsideDownRows = 128;
 
-/// The part of a picture that becomes one strip: where its planes begin, and its size.
-struct Part {
-  const std::uint8_t* y;
-  const std::uint8_t* u;
-  const std::uint8_t* v;
-  std::int32_t width;
-  std::int32_t height;
+/// A stretch of rows or columns. Chroma has its own beginning: in a picture of odd size its last row or
+/// column serves a single one of luma.
+struct Span {
+  std::int32_t first = 0;
+  std::int32_t firstChroma = 0;
+  std::int32_t count = 0;
 };
 
-Part columns(const LumoRTCI420Buffer& picture, std::int32_t first, std::int32_t firstChroma,
-             std::int32_t count) {
-  return {picture.dataY() + first, picture.dataU() + firstChroma, picture.dataV() + firstChroma, count,
-          picture.height()};
+Span forwards(std::int32_t first, std::int32_t count) { return {first, first / 2, count}; }
+
+/// The same stretch of `size` rows or columns, counted from their end.
+Span backwards(std::int32_t first, std::int32_t count, std::int32_t size) {
+  return {size - first - count, (size + 1) / 2 - (first + count + 1) / 2, count};
 }
 
-Part rows(const LumoRTCI420Buffer& picture, std::int32_t first, std::int32_t firstChroma,
-          std::int32_t count) {
-  const auto y = static_cast<std::ptrdiff_t>(first) * picture.strideY();
-  const auto u = static_cast<std::ptrdiff_t>(firstChroma) * picture.strideU();
-  const auto v = static_cast<std::ptrdiff_t>(firstChroma) * picture.strideV();
-  return {picture.dataY() + y, picture.dataU() + u, picture.dataV() + v, picture.width(), count};
-}
+/// What becomes the tile at `row` and `column` of the turned picture.
+struct Source {
+  Span rows;
+  Span columns;
+};
 
-/// What becomes rows `first` to `first + count` of the turned picture. Chroma is counted from its own edge,
-/// because in a picture of odd size its last row or column serves a single one of luma.
-Part partFor(const LumoRTCI420Buffer& picture, std::int32_t rotation, std::int32_t first,
-             std::int32_t count) {
-  const std::int32_t chromaEnd = (first + count + 1) / 2;
+Source sourceOf(const LumoRTCI420Buffer& picture, std::int32_t rotation, std::int32_t row, std::int32_t rows,
+                std::int32_t column, std::int32_t columns) {
   switch (rotation) {
     case 90:
-      return columns(picture, first, first / 2, count);
+      return {backwards(column, columns, picture.height()), forwards(row, rows)};
     case 270:
-      return columns(picture, picture.width() - first - count, picture.chromaWidth() - chromaEnd, count);
+      return {forwards(column, columns), backwards(row, rows, picture.width())};
     default:
-      return rows(picture, picture.height() - first - count, picture.chromaHeight() - chromaEnd, count);
+      return {backwards(row, rows, picture.height()), backwards(column, columns, picture.width())};
   }
+}
+
+void turn(const LumoRTCI420Buffer& picture, const Source& source, std::int32_t rotation,
+          LumoRTCI420Buffer& tile) {
+  const auto place = [](const std::uint8_t* plane, std::int32_t stride, std::int32_t row,
+                        std::int32_t column) {
+    return plane + static_cast<std::ptrdiff_t>(row) * stride + column;
+  };
+  const auto& [rows, columns] = source;
+  LumoRTCI420Rotate(place(picture.dataY(), picture.strideY(), rows.first, columns.first), picture.strideY(),
+                    place(picture.dataU(), picture.strideU(), rows.firstChroma, columns.firstChroma),
+                    picture.strideU(),
+                    place(picture.dataV(), picture.strideV(), rows.firstChroma, columns.firstChroma),
+                    picture.strideV(), tile.mutableDataY(), tile.strideY(), tile.mutableDataU(),
+                    tile.strideU(), tile.mutableDataV(), tile.strideV(), columns.count, rows.count, rotation);
 }
 
 }  // namespace
@@ -69,24 +82,28 @@ void UprightConverter::convert(const LumoRTCI420Buffer& picture, std::int32_t ro
                       picture.strideV(), bgra, bgraStride, picture.width(), picture.height());
     return;
   }
-  const std::int32_t width = swapsSides(rotation) ? picture.height() : picture.width();
-  const std::int32_t height = swapsSides(rotation) ? picture.width() : picture.height();
-  LumoRTCI420Buffer& strip = stripOf(width);
-  for (std::int32_t row = 0; row < height; row += kStripRows) {
-    const std::int32_t count = std::min(kStripRows, height - row);
-    const Part part = partFor(picture, rotation, row, count);
-    LumoRTCI420Rotate(part.y, picture.strideY(), part.u, picture.strideU(), part.v, picture.strideV(),
-                      strip.mutableDataY(), strip.strideY(), strip.mutableDataU(), strip.strideU(),
-                      strip.mutableDataV(), strip.strideV(), part.width, part.height, rotation);
-    LumoRTCI420ToARGB(strip.dataY(), strip.strideY(), strip.dataU(), strip.strideU(), strip.dataV(),
-                      strip.strideV(), bgra + static_cast<std::ptrdiff_t>(row) * bgraStride, bgraStride,
-                      width, count);
+  const bool swaps = swapsSides(rotation);
+  const std::int32_t width = swaps ? picture.height() : picture.width();
+  const std::int32_t height = swaps ? picture.width() : picture.height();
+  const std::int32_t tileWidth = swaps ? std::min(width, kTurnedColumns) : width;
+  const std::int32_t tileHeight = std::min(height, swaps ? kTurnedRows : kUpsideDownRows);
+  LumoRTCI420Buffer& tile = tileOf(tileWidth, tileHeight);
+  for (std::int32_t row = 0; row < height; row += tileHeight) {
+    const std::int32_t rows = std::min(tileHeight, height - row);
+    for (std::int32_t column = 0; column < width; column += tileWidth) {
+      const std::int32_t columns = std::min(tileWidth, width - column);
+      turn(picture, sourceOf(picture, rotation, row, rows, column, columns), rotation, tile);
+      LumoRTCI420ToARGB(tile.dataY(), tile.strideY(), tile.dataU(), tile.strideU(), tile.dataV(),
+                        tile.strideV(), bgra + static_cast<std::ptrdiff_t>(row) * bgraStride + column * 4,
+                        bgraStride, columns, rows);
+    }
   }
 }
 
-LumoRTCI420Buffer& UprightConverter::stripOf(std::int32_t width) {
-  if (!strip_ || strip_->width() != width) strip_ = LumoRTCI420Buffer::create(width, kStripRows);
-  return *strip_;
+LumoRTCI420Buffer& UprightConverter::tileOf(std::int32_t width, std::int32_t height) {
+  if (!tile_ || tile_->width() != width || tile_->height() != height)
+    tile_ = LumoRTCI420Buffer::create(width, height);
+  return *tile_;
 }
 
 }  // namespace lumo

@@ -13,9 +13,9 @@ constexpr bool swapsSides(std::int32_t rotation) { return rotation == 90 || rota
 /// A new picture: `picture` turned clockwise by 90, 180 or 270 degrees; any other number copies it.
 std::shared_ptr<LumoRTCI420Buffer> rotatedCopy(const LumoRTCI420Buffer& picture, std::int32_t rotation);
 
-/// Turns pictures upright and converts them to BGRA in one go. The turned picture exists one strip of rows at
-/// a time, so that it is converted while it is still in the cache; the strip's memory is kept from picture to
-/// picture. An unturned picture is converted where it lies. One thread at a time.
+/// Turns pictures upright and converts them to BGRA in one go. The turned picture exists one tile at a time,
+/// so that it is converted while it is still in the cache; the tile's memory is kept from picture to picture.
+/// An unturned picture is converted where it lies. One thread at a time.
 class UprightConverter {
  public:
   /// Writes the turned picture's height rows of 4 * width bytes each.
@@ -26,9 +26,9 @@ class UprightConverter {
                std::int32_t bgraStride);
 
  private:
-  LumoRTCI420Buffer& stripOf(std::int32_t width);
+  LumoRTCI420Buffer& tileOf(std::int32_t width, std::int32_t height);
 
-  std::shared_ptr<LumoRTCI420Buffer> strip_;
+  std::shared_ptr<LumoRTCI420Buffer> tile_;
 };
 
 }  // namespace lumo

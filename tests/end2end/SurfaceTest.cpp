@@ -184,7 +184,7 @@ std::array<int, 4> reference(const LumoRTCI420Buffer& picture, int rotation, int
 }
 
 TEST_F(SurfaceTest, AnySizeStrideAndRotationComesOutRight) {
-  const std::pair<int, int> sizes[] = {{1, 1}, {33, 17}, {2, 131}, {161, 66}, {64, 48}};
+  const std::pair<int, int> sizes[] = {{1, 1}, {33, 17}, {2, 131}, {161, 66}, {35, 1027}, {64, 48}};
   for (const auto& [width, height] : sizes) {
     for (const int rotation : {0, 90, 180, 270, 45}) {
       for (const int padding : {0, 13}) {
