@@ -57,9 +57,10 @@ std::vector<LinkInvitation> RoomLinks::takeBetween(const std::string& roomId,
 }
 
 std::vector<LinkInvitation> RoomLinks::takeIf(const std::function<bool(const LinkInvitation&)>& isMeant) {
-  const auto kept = std::ranges::stable_partition(invitations_, std::not_fn(isMeant));
-  std::vector<LinkInvitation> taken(std::move_iterator(kept.begin()), std::move_iterator(kept.end()));
-  invitations_.erase(kept.begin(), kept.end());
+  const auto kept = std::stable_partition(invitations_.begin(), invitations_.end(), std::not_fn(isMeant));
+  std::vector<LinkInvitation> taken(std::make_move_iterator(kept),
+                                    std::make_move_iterator(invitations_.end()));
+  invitations_.erase(kept, invitations_.end());
   return taken;
 }
 
