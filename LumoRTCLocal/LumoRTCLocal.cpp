@@ -31,8 +31,8 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
       options.pace == LumoRTCLocal::Pace::manual ? lumo::Timeline::manual() : lumo::Timeline::realTime();
   context->sdk = context->timeline->makeRunner("sdk");
   context->operations = std::make_shared<lumo::Operations>(context->timeline, context->sdk);
-  context->server = std::make_shared<lumo::MediaServer>(context->sdk);
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
+  context->server = std::make_shared<lumo::MediaServer>(context->timeline, context->sdk, context->audio);
   context->speaker = std::make_shared<lumo::Speaker>();
   context->decoding = context->timeline->makeRunner("sound files");
   context->opening = context->timeline->makeRunner("open files");
@@ -202,6 +202,10 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
   JoinResult result = refusal(lumo::LocalCodeSuccess);
   result.participant = participant;
   return result;
+}
+
+void LumoRTCLocal::setPushFailed(std::function<void(const std::string&, const std::string&)> sink) {
+  state_->context->server->setPushFailed(std::move(sink));
 }
 
 std::size_t LumoRTCLocal::advance(lumo::Microseconds duration) {

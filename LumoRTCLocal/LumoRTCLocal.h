@@ -13,6 +13,8 @@
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/media/VideoFormat.h"
 
+class LMRTCMixConfig;
+
 /// The in-process media SDK: real pictures and real sound, without devices or a network. A host that is being
 /// developed or tested installs it, uses LMRTCIWEngine as ever and scripts who else is in the room:
 ///
@@ -114,6 +116,9 @@ class LumoRTCLocal {
 
     /// Live rooms only; whoever becomes audience stops publishing. LocalCodeNotALiveRoom for Role::member.
     virtual std::int64_t switchRole(Role role) = 0;
+    /// Steers the live mix of its room, as a broadcaster; see docs/local-media-sdk.md for the values.
+    virtual std::int64_t setMixConfig(const LMRTCMixConfig& config) = 0;
+    virtual std::int64_t enableInnerCdn(bool enabled) = 0;
     /// Sends a text with the camera's pictures: it reaches those who have subscribed to them.
     virtual std::int64_t sendSei(const std::string& text) = 0;
 
@@ -203,10 +208,18 @@ class LumoRTCLocal {
   /// The present time on the clock of all timestamps.
   lumo::Microseconds now() const;
 
+  /// Told, on the SDK's thread, of every address to which a live mix cannot be pushed, or no longer. The
+  /// address is dropped then. An empty sink is told nothing.
+  /// @param error  what is wrong, for people
+  void setPushFailed(std::function<void(const std::string& address, const std::string& error)> sink);
+
   /// Makes the next calls of an SDK operation fail with `code`, without doing anything. The operations are:
   /// joinRoom, leaveRoom, publishStreams, unpublishStreams, publishLiveStream, publishDefaultLiveStreams,
   /// unpublishLiveStream, unpublishDefaultLiveStreams, subscribeStream, unsubscribeStreams,
-  /// requestJoinOtherRoom, cancelRequestJoinOtherRoom, responseJoinOtherRoom, joinOtherRoom, leaveOtherRoom.
+  /// requestJoinOtherRoom, cancelRequestJoinOtherRoom, responseJoinOtherRoom, joinOtherRoom, leaveOtherRoom,
+  /// setMixConfig, addPublishStreamUrl, removePublishStreamUrl, enableInnerCDN, setVideoConfig (of the inner
+  /// CDN stream), switchToBroadcaster, switchToAudienceOnSucceed. A role switch that fails with
+  /// LocalCodeKicked ends with the local user's removal from the room.
   /// @param times  how many calls; 0 takes an earlier order back
   /// @return LocalCodeUnknownOperation for any other name
   std::int64_t failNext(const std::string& operation, std::int64_t code, std::int32_t times = 1);

@@ -16,6 +16,8 @@ constexpr int kPictureTicks = 1000;            // per second
 constexpr int kSecondsBetweenKeyPictures = 2;  // a receiver can start at each
 constexpr std::int64_t kLongestJitter = 1920;  // samples, 40 ms; more is a gap
 
+constexpr int kQuieter = AV_LOG_INFO - AV_LOG_WARNING;  // encoders tell their settings and statistics
+
 using Holder = std::shared_ptr<const LumoRTCI420Buffer>;
 
 void releasePicture(void* holder, std::uint8_t*) { delete static_cast<Holder*>(holder); }
@@ -82,7 +84,7 @@ int PictureEncoder::open(const StreamFormat& format, bool globalHeader) {
   codec_->gop_size = kSecondsBetweenKeyPictures * format.framesPerSecond;
   codec_->max_b_frames = 0;
   codec_->thread_count = 1;
-  codec_->log_level_offset = AV_LOG_INFO - AV_LOG_WARNING;  // libx264 tells its settings at every start
+  codec_->log_level_offset = kQuieter;
   setBitrate(format.videoBitrate);
   if (globalHeader) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   // Both are options of libx264; other encoders do without.
@@ -117,6 +119,7 @@ int SoundEncoder::open(const StreamFormat& format, bool globalHeader) {
   codec_->ch_layout = AV_CHANNEL_LAYOUT_STEREO;
   codec_->bit_rate = std::int64_t{format.audioBitrate} * 1000;
   codec_->time_base = {1, AudioBlock::kSampleRate};
+  codec_->log_level_offset = kQuieter;
   if (globalHeader) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   if (const int error = avcodec_open2(codec_.get(), codec, nullptr)) return error;
   frame_->format = AV_SAMPLE_FMT_FLTP;

@@ -20,6 +20,9 @@ enum LocalCode : std::int64_t {
   LocalCodeNotALiveRoom = 1108,      ///< live publication, or a live role, in a normal room
   LocalCodeNotANormalRoom = 1109,    ///< ordinary publication in a live room
   LocalCodeSameRole = 1110,          ///< the member has that role already
+  LocalCodeKicked = 1111,            ///< injected into a role switch: the server removes the local user
+  LocalCodeNotABroadcaster = 1112,   ///< an audience member may not steer the live mix
+  LocalCodeNotBroadcasting = 1113,   ///< nobody in the room publishes: there is nothing to mix
   LocalCodeNoStreams = 1201,         ///< the list of streams is empty
   LocalCodeUnknownStream = 1202,     ///< the stream is absent, or not one of this engine
   LocalCodeAlreadyPublished = 1203,  ///< the member publishes the stream already, or the list names it twice
@@ -29,15 +32,28 @@ enum LocalCode : std::int64_t {
   LocalCodeNotSubscribed = 1207,          ///< the stream was not subscribed
   LocalCodeCameraFailed = 1301,           ///< a participant's camera file cannot be opened
   LocalCodeUnknownOperation = 1302,       ///< failure injection: no operation has that name
-  LocalCodeOwnRoom = 1501,                ///< a room is not linked with itself
-  LocalCodeUnknownRoom = 1502,            ///< there is no room of that id
-  LocalCodeAlreadyLinked = 1503,          ///< the two rooms are linked
-  LocalCodeInvitationPending = 1504,      ///< this user is invited already, and has not answered
-  LocalCodeNoInvitation = 1505,           ///< never made, answered, or taken back
-  LocalCodeNotLinked = 1506,              ///< joining a room that the main room is not linked with
-  LocalCodeOtherRoomJoined = 1507,        ///< the other room is joined already
-  LocalCodeOtherRoomNotJoined = 1508,     ///< leaving an other room that is not joined
-  LocalCodeNotSupported = 1901,           ///< LumoRTCLocal does not do this yet
+  LocalCodeUnknownLayoutMode = 1401,      ///< live mix: no LMRTCMixLayoutMode
+  LocalCodeUnknownRenderMode = 1402,      ///< live mix: no LMRTCVideoRenderMode
+  LocalCodeMixSize = 1403,                ///< live mix: a side is odd, below 16 or above 4096
+  LocalCodeMixFrameRate = 1404,           ///< live mix: below 1 or above 60
+  LocalCodeMixBitrate = 1405,             ///< live mix: video 1 to 50000, audio 8 to 512 kilobits per second
+  LocalCodeMixPlacement = 1406,           ///< custom layout: smaller than 2 x 2, or far outside
+  LocalCodePushAddressMalformed = 1411,
+  LocalCodePushProtocolUnknown = 1412,   ///< none of rtmp, udp and file
+  LocalCodePushContainerUnknown = 1413,  ///< a file that is none of .flv, .ts, .mp4 and .mkv
+  LocalCodePushAddressTaken = 1414,      ///< the mix is pushed there already
+  LocalCodePushAddressUnknown = 1415,    ///< the mix is not pushed there
+  LocalCodePushFailed = 1416,            ///< the address cannot be opened
+  LocalCodeCdnFormat = 1421,             ///< inner CDN stream: no such size preset or frame-rate value
+  LocalCodeOwnRoom = 1501,               ///< a room is not linked with itself
+  LocalCodeUnknownRoom = 1502,           ///< there is no room of that id
+  LocalCodeAlreadyLinked = 1503,         ///< the two rooms are linked
+  LocalCodeInvitationPending = 1504,     ///< this user is invited already, and has not answered
+  LocalCodeNoInvitation = 1505,          ///< never made, answered, or taken back
+  LocalCodeNotLinked = 1506,             ///< joining a room that the main room is not linked with
+  LocalCodeOtherRoomJoined = 1507,       ///< the other room is joined already
+  LocalCodeOtherRoomNotJoined = 1508,    ///< leaving an other room that is not joined
+  LocalCodeNotSupported = 1901,          ///< LumoRTCLocal does not do this yet
 };
 
 /// How the audio mixer puts the file and the microphone together.

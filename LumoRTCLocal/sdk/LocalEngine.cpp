@@ -132,13 +132,14 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
       });
   const auto room = std::make_shared<LocalRoom>(
       context_, roomId, otherRooms,
-      [weak = weak_from_this()](const std::shared_ptr<LocalRoom>& left, std::int64_t reason) {
+      [weak = weak_from_this()](const std::shared_ptr<LocalRoom>& left, std::optional<std::int64_t> reason) {
         if (const auto self = weak.lock()) self->roomKicked(left, reason);
       });
   const auto result =
       context_->server->join({roomId, context_->userId, config.roomType().value_or(LMRTCRoomTypeNormal),
                               config.roleType().value_or(LMRTCRoleTypeBroadcaster),
-                              config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room, otherRooms});
+                              config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room, otherRooms,
+                              config.liveType().value_or(LMRTCLiveTypeAudioVideo)});
   if (result.code != LocalCodeSuccess) return result.code;
   room->enter(result, {microphone_, camera_});
   context_->audio->addListener(context_->speaker);
@@ -170,8 +171,9 @@ std::shared_ptr<LocalRoom> LocalEngine::mainRoom() {
   return room_;
 }
 
-void LocalEngine::roomKicked(const std::shared_ptr<LocalRoom>& room, std::int64_t reason) {
-  if (const auto delegate = delegate_.get().lock()) delegate->didKicked(room->roomId(), reason);
+void LocalEngine::roomKicked(const std::shared_ptr<LocalRoom>& room, std::optional<std::int64_t> reason) {
+  if (const auto delegate = delegate_.get().lock(); delegate && reason)
+    delegate->didKicked(room->roomId(), *reason);
   {
     const std::lock_guard lock(mutex_);
     if (room_ != room) return;  // the delegate has un-initialised the engine

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
@@ -67,7 +68,7 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
                          std::shared_ptr<LocalRoom>& joined);
   std::int64_t exitRoom();
   std::shared_ptr<LocalRoom> mainRoom();
-  void roomKicked(const std::shared_ptr<LocalRoom>& room, std::int64_t reason);
+  void roomKicked(const std::shared_ptr<LocalRoom>& room, std::optional<std::int64_t> reason);
   void close(const std::shared_ptr<LocalRoom>& room);
 
   const std::shared_ptr<const LocalContext> context_;

@@ -18,10 +18,14 @@ void LocalRoom::enter(const MediaServer::JoinResult& joined, const LocalUser::Ou
   sessionId_ = joined.sessionId;
   member_ = joined.member;
   otherRooms_->enter(member_);
-  localUser_.set(std::make_shared<LocalUser>(context_, joined.member, defaults));
+  localUser_.set(std::make_shared<LocalUser>(context_, joined.member, defaults, [weak = weak_from_this()] {
+    if (const auto self = weak.lock(); self && self->open_) self->onKicked_(self, std::nullopt);
+  }));
   mirror_->enter(joined.present, [weak = weak_from_this()](const auto& stream, std::int64_t mediaType) {
     if (const auto self = weak.lock()) self->reportFirstFrame(stream, mediaType);
   });
+  liveStreams_.set(mirror_->addMixedStreams(joined.liveStreams));
+  if (joined.cdnStream) cdnStream_.set(mirror_->addCdnStream(joined.cdnStream, member_));
 }
 
 void LocalRoom::close() {
@@ -91,6 +95,34 @@ void LocalRoom::streamEnabled(const std::shared_ptr<Publication>& stream, bool e
   } else {
     target->didVideoEnable(input, enabled);
   }
+}
+
+void LocalRoom::liveStreamsPublished(const Publications& streams) {
+  if (!open_) return;
+  const auto inputs = mirror_->addMixedStreams(streams);
+  liveStreams_.set(inputs);
+  if (const auto target = delegate()) target->didPublishLiveStreams(inputs);
+}
+
+void LocalRoom::liveStreamsUnpublished(const Publications& streams) {
+  if (!open_) return;
+  const auto inputs = mirror_->removeStreams(streams);
+  liveStreams_.set({});
+  if (const auto target = delegate()) target->didUnpublishLiveStreams(inputs);
+}
+
+void LocalRoom::cdnStreamPublished(const std::shared_ptr<Publication>& stream) {
+  if (!open_) return;
+  const auto input = mirror_->addCdnStream(stream, member_);
+  cdnStream_.set(input);
+  if (const auto target = delegate()) target->didPublishCDNStream(input);
+}
+
+void LocalRoom::cdnStreamUnpublished(const std::shared_ptr<Publication>& stream) {
+  if (!open_) return;
+  mirror_->removeStreams({stream});
+  const auto input = cdnStream_.exchange(nullptr);
+  if (const auto target = delegate()) target->didUnpublishCDNStream(input);
 }
 
 void LocalRoom::roleSwitched(const std::string& userId, std::int64_t role) {

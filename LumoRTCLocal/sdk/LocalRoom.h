@@ -24,7 +24,9 @@ namespace lumo {
 class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shared_from_this<LocalRoom> {
  public:
   /// Hears, on the SDK's thread, that the server has removed the local user.
-  using Kicked = std::function<void(const std::shared_ptr<LocalRoom>& room, std::int64_t reason)>;
+  /// @param reason  absent: the host has heard of it already
+  using Kicked =
+      std::function<void(const std::shared_ptr<LocalRoom>& room, std::optional<std::int64_t> reason)>;
 
   /// @param otherRooms  joined with this one and left with it
   LocalRoom(std::shared_ptr<const LocalContext> context, std::string roomId,
@@ -47,8 +49,10 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   std::string sessionId() const override { return sessionId_; }
   std::shared_ptr<LMRTCLocalUser> localUser() const override { return localUser_.get(); }
   std::vector<std::string> otherRoomIdArray() const override;
-  std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return {}; }
-  std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return nullptr; }
+  std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override {
+    return liveStreams_.get();
+  }
+  std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return cdnStream_.get(); }
   /// Until the room is left. The mix of what is received goes on, silent.
   void muteAllRemoteAudio(bool mute) override;
   /// Until the room is left.
@@ -62,6 +66,10 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   void streamsPublished(const std::vector<PublicationState>& streams) override;
   void streamsUnpublished(const Publications& streams) override;
   void streamEnabled(const std::shared_ptr<Publication>& stream, bool enabled) override;
+  void liveStreamsPublished(const Publications& streams) override;
+  void liveStreamsUnpublished(const Publications& streams) override;
+  void cdnStreamPublished(const std::shared_ptr<Publication>& stream) override;
+  void cdnStreamUnpublished(const std::shared_ptr<Publication>& stream) override;
   void roleSwitched(const std::string& userId, std::int64_t role) override;
   void seiReceived(const std::string& sei, const std::string& userId) override;
   void kicked(std::int64_t reason) override;
@@ -79,6 +87,8 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   std::atomic<bool> open_{true};  ///< events of a room that is closed are dropped
   Cell<std::weak_ptr<LMRTCRoomEventDelegate>> delegate_;
   Cell<std::shared_ptr<LocalUser>> localUser_;
+  Cell<RoomMirror::Streams> liveStreams_;
+  Cell<std::shared_ptr<LMRTCCDNInputStream>> cdnStream_;
 };
 
 }  // namespace lumo

@@ -3,44 +3,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalFileStream.h"
 #include "LumoRTCLocal/sdk/LocalInputStream.h"
+#include "LumoRTCLocal/sdk/LocalLiveInfo.h"
 #include "LumoRTCLocal/sdk/LocalOutputStream.h"
 
 namespace lumo {
 namespace {
-
-/// The handle of a live publication. What it controls is not supported yet: all of it ends with
-/// LocalCodeNotSupported.
-class LocalLiveInfo : public LMRTCLiveInfo {
- public:
-  explicit LocalLiveInfo(std::shared_ptr<const LocalContext> context) : context_(std::move(context)) {}
-
-  void setMixConfig(const LMRTCMixConfig& /*config*/, Completion completion) override {
-    refuse(std::move(completion));
-  }
-  void addPublishStreamUrl(const std::string& /*url*/, Completion completion) override {
-    refuse(std::move(completion));
-  }
-  void removePublishStreamUrl(const std::string& /*url*/, Completion completion) override {
-    refuse(std::move(completion));
-  }
-  void enableInnerCDN(bool /*enabled*/, SwitchCompletion completion) override {
-    refuse([completion = std::move(completion)](std::int64_t code) {
-      if (completion) completion(false, code);
-    });
-  }
-
- private:
-  void refuse(Completion completion) const {
-    context_->sdk->post([completion = std::move(completion)] {
-      if (completion) completion(LocalCodeNotSupported);
-    });
-  }
-
-  const std::shared_ptr<const LocalContext> context_;
-};
 
 /// The publications of `streams`, made for those that have none; a stream that is named twice keeps one.
 /// @return false when a stream is absent or foreign
@@ -96,8 +68,11 @@ LMRTCLocalUser::Completion codeOnly(LMRTCLocalUser::CodeCompletion completion) {
 }  // namespace
 
 LocalUser::LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::Member member,
-                     Outputs defaults)
-    : context_(std::move(context)), member_(std::move(member)), defaults_(std::move(defaults)) {}
+                     Outputs defaults, std::function<void()> kicked)
+    : context_(std::move(context)),
+      member_(std::move(member)),
+      defaults_(std::move(defaults)),
+      kicked_(std::move(kicked)) {}
 
 void LocalUser::close() {
   OutputStreams closed;  // goes after the lock: this may be the last to hold a file's stream
@@ -158,14 +133,27 @@ void LocalUser::unpublishStream(const std::shared_ptr<LMRTCOutputStream>& stream
   unpublishStreams({stream}, std::move(completion));
 }
 
-void LocalUser::switchToBroadcaster(const LMRTCMixConfig* /*config*/, BecameBroadcaster /*onSucceed*/,
-                                    Failed onFailed, Kicked /*onKicked*/) {
-  refuse(std::move(onFailed));
+void LocalUser::switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster onSucceed,
+                                    Failed onFailed, Kicked onKicked) {
+  switchRole(
+      "switchToBroadcaster",
+      [config = config ? std::optional(*config) : std::nullopt](LocalUser& self) {
+        return self.context_->server->switchRole(self.member_, LMRTCRoleTypeBroadcaster,
+                                                 config ? &*config : nullptr);
+      },
+      [onSucceed = std::move(onSucceed)](LocalUser& self) {
+        if (onSucceed) onSucceed(self.liveInfo());
+      },
+      std::move(onFailed), std::move(onKicked));
 }
 
-void LocalUser::switchToAudienceOnSucceed(std::function<void()> /*onSucceed*/, Failed onFailed,
-                                          Kicked /*onKicked*/) {
-  refuse(std::move(onFailed));
+void LocalUser::switchToAudienceOnSucceed(std::function<void()> onSucceed, Failed onFailed, Kicked onKicked) {
+  switchRole(
+      "switchToAudienceOnSucceed", [](LocalUser& self) { return self.becomeAudience(); },
+      [onSucceed = std::move(onSucceed)](LocalUser&) {
+        if (onSucceed) onSucceed();
+      },
+      std::move(onFailed), std::move(onKicked));
 }
 
 void LocalUser::requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool /*autoMix*/,
@@ -318,9 +306,37 @@ std::int64_t LocalUser::doUnsubscribe(const InputStreams& streams) {
   return LocalCodeSuccess;
 }
 
+std::int64_t LocalUser::becomeAudience() {
+  const auto code = context_->server->switchRole(member_, LMRTCRoleTypeAudience);
+  if (code != LocalCodeSuccess) return code;
+  const std::lock_guard lock(mutex_);
+  for (const auto& stream : published_) attach(stream, nullptr);
+  published_.clear();
+  return LocalCodeSuccess;
+}
+
+template <class Work>
+void LocalUser::switchRole(std::string_view name, Work work, std::function<void(LocalUser&)> onSucceed,
+                           Failed onFailed, Kicked onKicked) {
+  context_->operations->run(
+      name, [weak = weak_from_this(), work = std::move(work), onSucceed = std::move(onSucceed),
+             onFailed = std::move(onFailed), onKicked = std::move(onKicked)](std::int64_t refusal) {
+        const auto self = weak.lock();
+        const bool acts = self && refusal == LocalCodeSuccess;
+        const std::int64_t code = acts ? work(*self) : refusal != 0 ? refusal : LocalCodeNotInRoom;
+        if (acts && code == LocalCodeSuccess) return onSucceed(*self);
+        if (!self || code != LocalCodeKicked) {
+          if (onFailed) onFailed(code);
+          return;
+        }
+        if (onKicked) onKicked();  // while the room is still there to be named
+        self->kicked_();
+      });
+}
+
 std::shared_ptr<LMRTCLiveInfo> LocalUser::liveInfo() {
   const std::lock_guard lock(mutex_);
-  if (!liveInfo_) liveInfo_ = std::make_shared<LocalLiveInfo>(context_);
+  if (!liveInfo_) liveInfo_ = std::make_shared<LocalLiveInfo>(context_, member_);
   return liveInfo_;
 }
 

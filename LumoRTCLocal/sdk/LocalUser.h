@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -26,7 +27,9 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   /// Microphone and camera.
   using Outputs = std::vector<std::shared_ptr<LMRTCOutputStream>>;
 
-  LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::Member member, Outputs defaults);
+  /// @param kicked  called on the SDK's thread after a role switch has ended in the removal of the local user
+  LocalUser(std::shared_ptr<const LocalContext> context, MediaServer::Member member, Outputs defaults,
+            std::function<void()> kicked);
 
   /// Stops sending; the stay is over.
   void close();
@@ -46,6 +49,13 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   void unsubscribeStreams(const InputStreams& streams, Completion completion) override;
   void publishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) override;
   void unpublishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion completion) override;
+
+  /// The handle is the one that a live publication gives. A `config` that is refused fails the switch.
+  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster onSucceed, Failed onFailed,
+                           Kicked onKicked) override;
+  /// Stops publishing first.
+  void switchToAudienceOnSucceed(std::function<void()> onSucceed, Failed onFailed, Kicked onKicked) override;
+
   void requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool autoMix,
                             const std::string& extra, CodeCompletion completion) override;
   void cancelRequestJoinOtherRoom(const std::string& roomId, const std::string& userId,
@@ -54,9 +64,6 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
                              const std::string& extra, CodeCompletion completion) override;
 
   // Not supported yet: they end with LocalCodeNotSupported.
-  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster onSucceed, Failed onFailed,
-                           Kicked onKicked) override;
-  void switchToAudienceOnSucceed(std::function<void()> onSucceed, Failed onFailed, Kicked onKicked) override;
   void setEnableSEI(bool enabled, CodeCompletion completion) override;
   std::int64_t sendSEI(const std::string& sei) override;
 
@@ -75,12 +82,18 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   std::int64_t doUnpublish(const OutputStreams& streams, RoomKind kind);
   std::int64_t doSubscribe(const InputStreams& streams, const InputStreams& tinyStreams);
   std::int64_t doUnsubscribe(const InputStreams& streams);
+  std::int64_t becomeAudience();
+  /// Switches with `work`, an operation of LocalUser, and calls the one function that fits.
+  template <class Work>
+  void switchRole(std::string_view name, Work work, std::function<void(LocalUser&)> onSucceed,
+                  Failed onFailed, Kicked onKicked);
   std::shared_ptr<LMRTCLiveInfo> liveInfo();
   void refuse(std::function<void(std::int64_t code)> completion) const;
 
   const std::shared_ptr<const LocalContext> context_;
   const MediaServer::Member member_;
   const Outputs defaults_;
+  const std::function<void()> kicked_;
 
   mutable std::mutex mutex_;  ///< guards what follows
   bool open_ = true;

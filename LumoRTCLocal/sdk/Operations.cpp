@@ -24,6 +24,13 @@ constexpr std::string_view kOperations[] = {
     "responseJoinOtherRoom",
     "joinOtherRoom",
     "leaveOtherRoom",
+    "setMixConfig",
+    "addPublishStreamUrl",
+    "removePublishStreamUrl",
+    "enableInnerCDN",
+    "setVideoConfig",
+    "switchToBroadcaster",
+    "switchToAudienceOnSucceed",
 };
 
 bool isOperation(std::string_view name) {

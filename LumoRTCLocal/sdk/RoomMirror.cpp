@@ -1,6 +1,18 @@
 #include "LumoRTCLocal/sdk/RoomMirror.h"
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/sdk/LocalCdnInput.h"
+
 namespace lumo {
+namespace {
+
+/// Whether it is not one of the live mix.
+bool isOfUser(const Publication& publication) {
+  const std::int64_t kind = publication.name().mediaStreamType;
+  return kind == LMRTCMediaStreamTypeNormal || kind == LMRTCMediaStreamTypeCustom;
+}
+
+}  // namespace
 
 void LocalRemoteUser::add(const std::shared_ptr<LMRTCInputStream>& stream) {
   auto streams = streams_.get();
@@ -62,13 +74,31 @@ RoomMirror::Streams RoomMirror::addStreams(const std::vector<PublicationState>& 
   return inputs;
 }
 
+RoomMirror::Streams RoomMirror::addMixedStreams(const Publications& streams) {
+  Streams inputs;
+  for (const auto& publication : streams) {
+    const auto stream = RemoteStream::create(context_, {publication, true}, weak_from_this());
+    streams_.emplace(publication.get(), stream);
+    inputs.push_back(stream->input());
+  }
+  return inputs;
+}
+
+std::shared_ptr<LMRTCCDNInputStream> RoomMirror::addCdnStream(const std::shared_ptr<Publication>& publication,
+                                                              const MediaServer::Member& member) {
+  const auto stream = std::make_shared<LocalCdnInput>(context_, member, PublicationState{publication, true},
+                                                      weak_from_this());
+  streams_.emplace(publication.get(), stream);
+  return stream;
+}
+
 RoomMirror::Streams RoomMirror::removeStreams(const Publications& streams) {
   Streams inputs;
   for (const auto& publication : streams) {
     const auto stream = streams_.extract(publication.get()).mapped();
     stream->setSubscribed(false);
     inputs.push_back(stream->input());
-    findUser(publication->name().userId)->remove(inputs.back());
+    if (isOfUser(*publication)) findUser(publication->name().userId)->remove(inputs.back());
   }
   return inputs;
 }

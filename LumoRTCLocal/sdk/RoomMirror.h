@@ -16,6 +16,7 @@
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalInputStream.h"
+#include "LumoRTCLocal/server/MediaServer.h"
 #include "LumoRTCLocal/server/Publication.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
 
@@ -67,6 +68,11 @@ class RoomMirror : public FirstMediaListener, public std::enable_shared_from_thi
   /// @return the user that was removed
   std::shared_ptr<LocalRemoteUser> removeUser(const std::string& userId);
   Streams addStreams(const std::vector<PublicationState>& streams);
+  /// Adds streams of the live mix, which belong to no user.
+  Streams addMixedStreams(const Publications& streams);
+  /// @param member  the local one
+  std::shared_ptr<LMRTCCDNInputStream> addCdnStream(const std::shared_ptr<Publication>& stream,
+                                                    const MediaServer::Member& member);
   /// @return the streams that were removed
   Streams removeStreams(const Publications& streams);
   std::shared_ptr<LMRTCInputStream> setEnabled(const Publication& stream, bool enabled);

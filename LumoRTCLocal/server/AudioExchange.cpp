@@ -19,9 +19,10 @@ void AudioExchange::update(const std::shared_ptr<Publication>& publication) {
   }
 }
 
-void AudioExchange::addListener(const std::shared_ptr<AudioTickListener>& listener) {
+void AudioExchange::addListener(const std::shared_ptr<AudioTickListener>& listener, Place place) {
   const std::lock_guard lock(mutex_);
-  if (std::ranges::find(listeners_, listener) == listeners_.end()) listeners_.push_back(listener);
+  if (std::ranges::find(listeners_, listener) == listeners_.end())
+    listeners_.insert(place == Place::ahead ? listeners_.begin() : listeners_.end(), listener);
   startLocked();
 }
 

@@ -31,7 +31,12 @@ class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
   /// Reads the demand of `publication`: takes it in, or drops it.
   void update(const std::shared_ptr<Publication>& publication);
 
-  void addListener(const std::shared_ptr<AudioTickListener>& listener);
+  /// When a listener is told.
+  enum class Place {
+    ahead,   ///< of those that are there
+    behind,  ///< them
+  };
+  void addListener(const std::shared_ptr<AudioTickListener>& listener, Place place = Place::behind);
   void removeListener(const std::shared_ptr<AudioTickListener>& listener);
 
  private:

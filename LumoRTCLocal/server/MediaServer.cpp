@@ -15,7 +15,12 @@ constexpr std::int64_t kReplaced = 0;  // why a member is removed: somebody else
 
 MediaServer::Aftermath::~Aftermath() {
   for (const auto& stream : touched) stream->tellDemand();
+  for (const auto& mix : mixes) mix->update();
 }
+
+MediaServer::MediaServer(std::shared_ptr<Timeline> timeline, std::shared_ptr<Runner> events,
+                         std::shared_ptr<AudioExchange> audio)
+    : timeline_(std::move(timeline)), events_(std::move(events)), audio_(std::move(audio)) {}
 
 MediaServer::JoinResult MediaServer::join(const JoinRequest& request) {
   Aftermath aftermath;
@@ -27,6 +32,11 @@ MediaServer::JoinResult MediaServer::join(const JoinRequest& request) {
   result.sessionId = "session-" + std::to_string(result.member->arrival);
   if (!request.observer.expired()) {
     result.present = result.member->room->snapshot(result.member.get());
+    for (const auto& stream : result.member->room->mixer().publications) {
+      const bool isCdn = stream->name().mediaStreamType == LMRTCMediaStreamTypeCdn;
+      if (isCdn) result.cdnStream = stream;
+      if (!isCdn) result.liveStreams.push_back(stream);
+    }
     result.member->room->listen(*result.member);
   }
   return result;
@@ -66,6 +76,7 @@ std::vector<MemberSnapshot> MediaServer::observe(const Member& member, std::weak
 
 std::int64_t MediaServer::publish(const Member& member, const Publications& streams,
                                   std::optional<bool> liveRoom) {
+  Aftermath aftermath;
   const std::lock_guard lock(mutex_);
   if (const std::int64_t code = checkPublish(*member, streams, liveRoom)) return code;
   std::vector<PublicationState> states;
@@ -76,6 +87,7 @@ std::int64_t MediaServer::publish(const Member& member, const Publications& stre
   }
   member->room->notify(*events_, member.get(),
                        [states](RoomObserver& observer) { observer.streamsPublished(states); });
+  if (member->room->isLive()) mixPublished(*member->room, streams, aftermath);
   return LocalCodeSuccess;
 }
 
@@ -124,6 +136,7 @@ std::int64_t MediaServer::subscribe(const Member& member, const std::vector<Subs
     replaceSubscription(*member, subscription.publication, &subscription, aftermath);
     member->subscriptions.insert(subscription.publication);
   }
+  followDemand(*member->room, aftermath);
   return LocalCodeSuccess;
 }
 
@@ -140,15 +153,17 @@ std::int64_t MediaServer::unsubscribe(const Member& member, const Publications& 
     replaceSubscription(*member, stream, nullptr, aftermath);
     member->subscriptions.erase(stream);
   }
+  followDemand(*member->room, aftermath);
   return LocalCodeSuccess;
 }
 
-std::int64_t MediaServer::switchRole(const Member& member, std::int64_t role) {
+std::int64_t MediaServer::switchRole(const Member& member, std::int64_t role, const LMRTCMixConfig* config) {
   Aftermath aftermath;
   const std::lock_guard lock(mutex_);
   if (!member->room) return LocalCodeNotInRoom;
   if (!member->room->isLive()) return LocalCodeNotALiveRoom;
   if (member->role == role) return LocalCodeSameRole;
+  if (const auto code = config ? member->room->mix()->configure(*config) : LocalCodeSuccess) return code;
   if (role != LMRTCRoleTypeBroadcaster) closeLocked(*member, Publications(member->publications), aftermath);
   member->role = role;
   member->room->notify(*events_, member.get(), [userId = member->userId, role](RoomObserver& observer) {
@@ -190,7 +205,7 @@ std::int64_t MediaServer::admitLocked(const JoinRequest& request, Aftermath& aft
 MediaServer::Member MediaServer::addLocked(const JoinRequest& request) {
   const bool live = request.roomType == LMRTCRoomTypeLive;
   auto& room = rooms_[request.roomId];
-  if (!room) room = std::make_unique<ServerRoom>(request.roomId, live);
+  if (!room) room = std::make_unique<ServerRoom>(request.roomId, live ? makeMix(request) : nullptr);
   const auto member = std::make_shared<ServerMember>();
   member->userId = request.userId;
   member->role = live ? request.role : LMRTCRoleTypeBroadcaster;
@@ -212,6 +227,7 @@ void MediaServer::removeLocked(const Member& member, bool offline, Aftermath& af
   withdrawInvitationsLocked({member->room->id(), member->userId});
 
   ServerRoom& room = *member->room;
+  followDemand(room, aftermath);
   room.remove(*member);
   room.notify(*events_, member.get(), [userId = member->userId, offline](RoomObserver& observer) {
     observer.memberLeft(userId, offline);
@@ -226,6 +242,13 @@ void MediaServer::removeLocked(const Member& member, bool offline, Aftermath& af
 
 void MediaServer::closeLocked(ServerMember& member, const Publications& streams, Aftermath& aftermath) {
   if (streams.empty()) return;
+  withdrawLocked(member, streams, aftermath);
+  member.room->notify(*events_, &member,
+                      [streams](RoomObserver& observer) { observer.streamsUnpublished(streams); });
+  if (member.room->isLive()) mixUnpublished(*member.room, streams, aftermath);
+}
+
+void MediaServer::withdrawLocked(ServerMember& member, const Publications& streams, Aftermath& aftermath) {
   for (const auto& stream : streams) {
     stream->publisher_ = nullptr;
     for (const auto& subscriber : *stream->subscribers()) subscriber.member->subscriptions.erase(stream);
@@ -233,8 +256,6 @@ void MediaServer::closeLocked(ServerMember& member, const Publications& streams,
     aftermath.released.push_back(stream->setSubscribers({}));
     std::erase(member.publications, stream);
   }
-  member.room->notify(*events_, &member,
-                      [streams](RoomObserver& observer) { observer.streamsUnpublished(streams); });
 }
 
 void MediaServer::replaceSubscription(ServerMember& member, const std::shared_ptr<Publication>& stream,

@@ -8,8 +8,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/AudioExchange.h"
 #include "LumoRTCLocal/server/LinkObserver.h"
+#include "LumoRTCLocal/server/LiveMix.h"
 #include "LumoRTCLocal/server/Publication.h"
 #include "LumoRTCLocal/server/RoomLinks.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
@@ -22,7 +25,7 @@ namespace lumo {
 ///
 /// Every operation may be called on any thread, takes effect at once and answers with a LocalCode; one that
 /// is refused changes nothing. Events are posted to the event runner in the order in which things happen.
-class MediaServer {
+class MediaServer : public std::enable_shared_from_this<MediaServer> {
  public:
   using Member = std::shared_ptr<ServerMember>;
 
@@ -34,11 +37,14 @@ class MediaServer {
     bool exclusive = false;                  ///< removes a member of the same id instead of being refused
     std::weak_ptr<RoomObserver> observer;    ///< may be empty
     std::weak_ptr<LinkObserver> links = {};  ///< may be empty
+    std::int64_t liveType = 0;               ///< LMRTCLiveType; decided by the first member, too
   };
   struct JoinResult {
     std::int64_t code = 0;
-    Member member;                        ///< null unless code is 0
-    std::vector<MemberSnapshot> present;  ///< who was there before; later changes come as events
+    Member member;                           ///< null unless code is 0
+    std::vector<MemberSnapshot> present;     ///< who was there before; later changes come as events
+    Publications liveStreams;                ///< of the live mix
+    std::shared_ptr<Publication> cdnStream;  ///< null: there is none
     std::string sessionId;
   };
   struct VisitResult {
@@ -52,7 +58,8 @@ class MediaServer {
   };
 
   /// @param events  runs the observers; it outlives the server
-  explicit MediaServer(std::shared_ptr<Runner> events) : events_(std::move(events)) {}
+  MediaServer(std::shared_ptr<Timeline> timeline, std::shared_ptr<Runner> events,
+              std::shared_ptr<AudioExchange> audio);
 
   JoinResult join(const JoinRequest& request);
   /// Unpublishes and unsubscribes what the member has, then takes it out of its room.
@@ -84,10 +91,25 @@ class MediaServer {
   std::int64_t unsubscribe(const Member& member, const Publications& streams);
 
   /// A broadcaster that becomes audience stops publishing first.
-  /// @param role  LMRTCRoleType
-  std::int64_t switchRole(const Member& member, std::int64_t role);
+  /// @param role    LMRTCRoleType
+  /// @param config  of the live mix, taken over together with the role; null: none
+  std::int64_t switchRole(const Member& member, std::int64_t role, const LMRTCMixConfig* config = nullptr);
   /// Sends `sei` with the member's default video stream, to those who have subscribed to it.
   std::int64_t sendSei(const Member& member, const std::string& sei);
+
+  // The live mix, for broadcasters of a live room. It exists while somebody publishes; its settings last as
+  // long as the room.
+
+  std::int64_t setMixConfig(const Member& member, const LMRTCMixConfig& config);
+  /// Switches the inner CDN stream on or off; switching it on needs somebody who publishes.
+  std::int64_t enableCdn(const Member& member, bool enabled);
+  /// As MixSettings::applyCdn, for any member, while there is an inner CDN stream.
+  std::int64_t setCdnFormat(const Member& member, std::int64_t preset, std::int64_t fpsValue);
+  /// As MixPushes::add and MixPushes::remove. All addresses are closed when nobody publishes any more.
+  std::int64_t addPush(const Member& member, const std::string& address, MixPushes::Completion completion);
+  std::int64_t removePush(const Member& member, const std::string& address, MixPushes::Completion completion);
+  /// Told, as an event, of every address that cannot be opened or fails later. Empty ends it.
+  void setPushFailed(MixPushes::Failed pushFailed);
 
   // Links between rooms. A link lasts until somebody finishes it or the last member of either room has left;
   // an invitation until it is answered or cancelled, the rooms are linked or either end leaves its room.
@@ -125,12 +147,15 @@ class MediaServer {
 
     Publications touched;
     std::vector<std::shared_ptr<const Publication::Subscribers>> released;
+    std::vector<std::shared_ptr<LiveMix>> mixes;  ///< that have something to start, or are over
+    MixPushes::Writers ended;                     ///< addresses to close
   };
 
   std::int64_t admitLocked(const JoinRequest& request, Aftermath& aftermath);
   Member addLocked(const JoinRequest& request);
   void removeLocked(const Member& member, bool offline, Aftermath& aftermath);
   void closeLocked(ServerMember& member, const Publications& streams, Aftermath& aftermath);
+  void withdrawLocked(ServerMember& member, const Publications& streams, Aftermath& aftermath);
   static void replaceSubscription(ServerMember& member, const std::shared_ptr<Publication>& stream,
                                   const Subscription* replacement, Aftermath& aftermath);
   static std::int64_t checkPublish(const ServerMember& member, const Publications& streams,
@@ -147,7 +172,18 @@ class MediaServer {
   template <class Event>
   void postLink(const ServerMember& listener, const Event& event) const;
 
+  std::shared_ptr<LiveMix> makeMix(const JoinRequest& request);
+  static std::int64_t checkSteering(const ServerMember& member);
+  void mixPublished(ServerRoom& room, const Publications& streams, Aftermath& aftermath);
+  void mixUnpublished(ServerRoom& room, const Publications& streams, Aftermath& aftermath);
+  void withdrawCdn(ServerRoom& room, Aftermath& aftermath);
+  static void followDemand(ServerRoom& room, Aftermath& aftermath);
+  void pushFailed(const std::string& roomId, const std::string& address, const std::string& error);
+
+  const std::shared_ptr<Timeline> timeline_;
   const std::shared_ptr<Runner> events_;
+  const std::shared_ptr<AudioExchange> audio_;
+  Cell<std::shared_ptr<const MixPushes::Failed>> pushFailed_;
   mutable std::mutex mutex_;  ///< guards everything below, and the members' fields
   std::unordered_map<std::string, std::unique_ptr<ServerRoom>> rooms_;
   RoomLinks links_;

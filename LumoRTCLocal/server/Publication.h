@@ -55,8 +55,12 @@ class Publication : public std::enable_shared_from_this<Publication> {
   /// Whether the stream is switched on at its source. One that is off sends nothing and wants no media.
   bool isEnabled() const { return enabled_.load(std::memory_order_relaxed); }
 
-  /// Whether anybody wants media at all, or in small size.
+  /// Whether anybody wants media at all, in normal size, or in small size.
   bool isWanted() const { return isEnabled() && receiverCount_.load(std::memory_order_relaxed) > 0; }
+  bool isNormalWanted() const {
+    return isEnabled() &&
+           receiverCount_.load(std::memory_order_relaxed) > tinyCount_.load(std::memory_order_relaxed);
+  }
   bool isTinyWanted() const { return isEnabled() && tinyCount_.load(std::memory_order_relaxed) > 0; }
 
   /// Sends one captured picture to those who want the normal size, or the small one.

@@ -22,7 +22,8 @@ struct MemberSnapshot {
 };
 
 /// What a member hears of its room: one call per event, on the server's event runner, in the order in which
-/// the events happened. A member does not hear of what it does itself.
+/// the events happened. A member does not hear of what it does itself, except of what becomes of the live
+/// mix.
 class RoomObserver {
  public:
   virtual ~RoomObserver() = default;
@@ -33,6 +34,11 @@ class RoomObserver {
   virtual void streamsPublished(const std::vector<PublicationState>& /*streams*/) {}
   virtual void streamsUnpublished(const Publications& /*streams*/) {}
   virtual void streamEnabled(const std::shared_ptr<Publication>& /*stream*/, bool /*enabled*/) {}
+  /// The mixed streams of a live room have come, or gone.
+  virtual void liveStreamsPublished(const Publications& /*streams*/) {}
+  virtual void liveStreamsUnpublished(const Publications& /*streams*/) {}
+  virtual void cdnStreamPublished(const std::shared_ptr<Publication>& /*stream*/) {}
+  virtual void cdnStreamUnpublished(const std::shared_ptr<Publication>& /*stream*/) {}
   virtual void roleSwitched(const std::string& /*userId*/, std::int64_t /*role*/) {}
   /// A text that came with the video of a member to which this member has subscribed.
   virtual void seiReceived(const std::string& /*sei*/, const std::string& /*userId*/) {}

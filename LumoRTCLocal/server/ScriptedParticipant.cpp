@@ -119,6 +119,14 @@ std::int64_t ScriptedParticipant::switchRole(Role role) {
   return LocalCodeSuccess;
 }
 
+std::int64_t ScriptedParticipant::setMixConfig(const LMRTCMixConfig& config) {
+  return parts_.server->setMixConfig(member_, config);
+}
+
+std::int64_t ScriptedParticipant::enableInnerCdn(bool enabled) {
+  return parts_.server->enableCdn(member_, enabled);
+}
+
 std::int64_t ScriptedParticipant::sendSei(const std::string& text) {
   const std::lock_guard lock(mutex_);
   return parts_.server->sendSei(member_, text);

@@ -63,6 +63,8 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::int64_t disableVideo(bool disabled) override;
   std::int64_t disableVideo(const std::string& tag, bool disabled) override;
   std::int64_t switchRole(Role role) override;
+  std::int64_t setMixConfig(const LMRTCMixConfig& config) override;
+  std::int64_t enableInnerCdn(bool enabled) override;
   std::int64_t sendSei(const std::string& text) override;
   std::int64_t leave() override;
   std::int64_t goOffline() override;

@@ -1,6 +1,7 @@
 #include "LumoRTCLocal/server/ServerRoom.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace lumo {
 
@@ -15,6 +16,12 @@ const ServerMember* ServerMember::stayIn(const ServerRoom* where) const {
   if (room == where) return this;
   const auto found = std::ranges::find(visits, where, &ServerMember::room);
   return found == visits.end() ? nullptr : found->get();
+}
+
+ServerRoom::ServerRoom(std::string id, std::shared_ptr<LiveMix> mix)
+    : id_(std::move(id)), mix_(std::move(mix)), mixer_(std::make_shared<ServerMember>()) {
+  mixer_->userId = id_;
+  mixer_->room = this;
 }
 
 std::shared_ptr<ServerMember> ServerRoom::find(const std::string& userId) const {

@@ -15,6 +15,7 @@
 
 namespace lumo {
 
+class LiveMix;
 class ServerRoom;
 
 /// One stay of one user in one room. Outside the server it is a handle only: its fields are guarded by the
@@ -40,10 +41,14 @@ struct ServerMember {
 /// A room of the server: who is in it, and who hears of it. Guarded by the server's lock.
 class ServerRoom {
  public:
-  ServerRoom(std::string id, bool live) : id_(std::move(id)), live_(live) {}
+  /// @param mix  of a live room; null in a normal one
+  ServerRoom(std::string id, std::shared_ptr<LiveMix> mix);
 
   const std::string& id() const { return id_; }
-  bool isLive() const { return live_; }
+  bool isLive() const { return mix_ != nullptr; }
+  const std::shared_ptr<LiveMix>& mix() const { return mix_; }
+  /// Who publishes the mixed streams and subscribes to what is mixed: nobody's guest, unseen by the members.
+  ServerMember& mixer() { return *mixer_; }
   bool isEmpty() const { return members_.empty(); }
 
   std::shared_ptr<ServerMember> find(const std::string& userId) const;
@@ -78,7 +83,8 @@ class ServerRoom {
 
  private:
   const std::string id_;
-  const bool live_;
+  const std::shared_ptr<LiveMix> mix_;
+  const std::shared_ptr<ServerMember> mixer_;
   std::unordered_map<std::string, std::shared_ptr<ServerMember>> members_;
   std::map<std::uint64_t, ServerMember*> arrivals_;
   std::vector<ServerMember*> listeners_;

@@ -16,6 +16,7 @@ enum LMRTCMediaStreamType : std::int64_t {
   LMRTCMediaStreamTypeNormal = 0,  ///< a user's microphone or camera
   LMRTCMediaStreamTypeCustom = 1,  ///< an extra stream of a user, told apart by its tag
   LMRTCMediaStreamTypeLive = 2,    ///< the live mix of a live room
+  LMRTCMediaStreamTypeCdn = 3,     ///< the inner CDN stream of a live room
 };
 
 /// Whether a stream is switched on at its source.

@@ -50,10 +50,10 @@ class EventRecorder : public LMRTCRoomEventDelegate, public LMRTCEngineEventDele
   void didReportFirstFrame(const Stream& stream, std::int64_t) override { line("first " + name(stream)); }
   void didPublishStreams(const Streams& streams) override { line("published", streams); }
   void didUnpublishStreams(const Streams& streams) override { line("unpublished", streams); }
-  void didPublishLiveStreams(const Streams&) override {}
-  void didUnpublishLiveStreams(const Streams&) override {}
-  void didPublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override {}
-  void didUnpublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override {}
+  void didPublishLiveStreams(const Streams& streams) override { line("live", streams); }
+  void didUnpublishLiveStreams(const Streams& streams) override { line("live ended", streams); }
+  void didPublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override { line("cdn"); }
+  void didUnpublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override { line("cdn ended"); }
   void didAudioMute(const Stream& stream, bool muted) override {
     line(std::string(muted ? "muted " : "unmuted ") + name(stream));
   }

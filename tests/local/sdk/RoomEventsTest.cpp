@@ -69,10 +69,11 @@ TEST_F(RoomEventsTest, RolesOfALiveRoom) {
   EXPECT_EQ(0, anna->switchRole(Role::broadcaster));
   EXPECT_EQ(0, anna->publishAudio());
   local->advance(0us);
-  EXPECT_EQ(
-      (Trace{"published anna_LumoCloudRTC:a of 1", "unpublished anna_LumoCloudRTC:a of 0",
-             "role 1 anna (in the room)", "role 0 anna (in the room)", "published anna_LumoCloudRTC:a of 1"}),
-      takeTrace());
+  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 1", "live r_live:a r_live:v of 0",
+                   "unpublished anna_LumoCloudRTC:a of 0", "live ended r_live:a r_live:v of 0",
+                   "role 1 anna (in the room)", "role 0 anna (in the room)",
+                   "published anna_LumoCloudRTC:a of 1", "live r_live:a r_live:v of 0"}),
+            takeTrace());
 }
 
 TEST_F(RoomEventsTest, SeiReachesThoseWhoHaveSubscribedToTheVideo) {
@@ -109,7 +110,8 @@ TEST_F(RoomEventsTest, ALeftRoomTellsNothingMore) {
   recorder->onEvent = [this] { engine->leaveRoom({}); };
   EXPECT_EQ(0, anna->kick("me", 1));
   local->advance(0us);
-  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 1", "kicked r 1 in"}), takeTrace());
+  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 1", "kicked r 1 in"}),
+            takeTrace());
   EXPECT_EQ(nullptr, room->localUser());
   EXPECT_EQ(0, anna->unpublishAudio());
   local->advance(0us);

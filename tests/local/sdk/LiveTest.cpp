@@ -1,0 +1,408 @@
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
+#include "LumoRTCLocal/media/MediaFileReader.h"
+#include "LumoRTCLocal/media/TestPicture.h"
+#include "LumoRTCLocal/sdk/LocalVideoView.h"
+#include "tests/local/sdk/LocalSdkTest.h"
+#include "tests/support/MediaFixtures.h"
+
+namespace {
+
+using namespace lumo;
+using Role = LumoRTCLocal::Role;
+using Media = LumoRTCLocal::Media;
+
+constexpr YuvColor kBlack{16, 128, 128};
+
+/// Whose test picture shows its background there: "1" to "4", "-" for `background`, "?" for anything else.
+std::string shownAt(const LumoRTCI420Buffer& picture, std::int32_t x, std::int32_t y,
+                    const YuvColor& background) {
+  const YuvColor seen = test::colorAt(picture, x, y);
+  const auto isNear = [&seen](const YuvColor& color) {
+    return std::abs(seen.y - color.y) + std::abs(seen.u - color.u) + std::abs(seen.v - color.v) < 12;
+  };
+  if (isNear(background)) return "-";
+  for (std::uint32_t source = 0; source < 5; ++source) {
+    if (isNear(testPictureColor(source))) return std::to_string(source);
+  }
+  return "?";
+}
+
+class LiveTest : public LocalSdkTest {
+ protected:
+  using Points = std::vector<std::pair<std::int32_t, std::int32_t>>;
+
+  ParticipantPtr broadcaster(const std::string& userId, std::uint32_t source) {
+    const auto joined = add(userId, {.role = Role::broadcaster, .sourceNumber = source});
+    EXPECT_EQ(0, joined->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo));
+    return joined;
+  }
+  std::shared_ptr<LMRTCInputStream> live(std::int64_t mediaType) const {
+    for (const auto& stream : room->getLiveStreams()) {
+      if (stream->mediaType() == mediaType) return stream;
+    }
+    return nullptr;
+  }
+  void watch(bool tiny = false) {
+    const auto mixed = live(LMRTCMediaTypeVideo);
+    std::dynamic_pointer_cast<LMRTCVideoInputStream>(mixed)->setVideoView(view);
+    ASSERT_EQ(0, tiny ? subscribe({}, {mixed}) : subscribe({mixed}));
+  }
+  /// What the view shows at the points a little later, after the size of the picture.
+  std::string shown(const Points& points, const YuvColor& background = kBlack) {
+    local->advance(300ms);
+    const auto picture = view->picture();
+    if (!picture) return "nothing";
+    std::string text = std::to_string(picture->width()) + "x" + std::to_string(picture->height()) + " ";
+    for (const auto& [x, y] : points) text += shownAt(*picture, x, y, background);
+    return text;
+  }
+  std::uint64_t framesInASecond() {
+    local->advance(101ms);
+    const std::uint64_t before = view->frameCount();
+    local->advance(1s);
+    return view->frameCount() - before;
+  }
+  std::string levels(ToneMeter& meter) {
+    local->advance(20ms);
+    meter.clear();
+    local->advance(100ms);
+    std::string tenths;
+    for (int source = 0; source < 4; ++source)
+      tenths += std::to_string(std::lround(meter.level(300 + 100 * source) / 0.2 * 10)) + " ";
+    return tenths;
+  }
+  std::int64_t publishLive() {
+    return answerOf([&](auto done) {
+      user()->publishDefaultLiveStreams([this, done](bool, std::int64_t code, const auto& handle) {
+        info = handle;
+        done(code);
+      });
+    });
+  }
+  std::int64_t configure(const LMRTCMixConfig& config) {
+    return answerOf([&](auto done) { info->setMixConfig(config, done); });
+  }
+  std::int64_t addPush(const std::string& address) {
+    return answerOf([&](auto done) { info->addPublishStreamUrl(address, done); });
+  }
+  std::int64_t removePush(const std::string& address) {
+    return answerOf([&](auto done) { info->removePublishStreamUrl(address, done); });
+  }
+  std::int64_t enableCdn(bool enabled) {
+    return answerOf([&](auto done) { info->enableInnerCDN(enabled, plain(done)); });
+  }
+  /// "succeeded", "kicked" or the code of the failure.
+  std::string switchTo(std::int64_t role, const LMRTCMixConfig* config = nullptr) {
+    std::string outcome;
+    const auto failed = [&outcome](std::int64_t code) { outcome += std::to_string(code); };
+    const auto kicked = [&] { outcome += room->localUser() ? "kicked" : "kicked too late"; };
+    if (role == LMRTCRoleTypeAudience) {
+      user()->switchToAudienceOnSucceed([&outcome] { outcome += "succeeded"; }, failed, kicked);
+    } else {
+      const auto succeeded = [&](const std::shared_ptr<LMRTCLiveInfo>& handle) {
+        info = handle;
+        outcome += "succeeded";
+      };
+      user()->switchToBroadcaster(config, succeeded, failed, kicked);
+    }
+    EXPECT_EQ("", outcome) << "completed inside the call";
+    local->advance(0us);
+    return outcome;
+  }
+  static LMRTCMixConfig layoutMode(std::int64_t mode) {
+    LMRTCMixConfig config;
+    config.layoutMode = mode;
+    return config;
+  }
+  static LMRTCMixConfig size(std::int64_t width, std::int64_t height) {
+    LMRTCMixConfig config;
+    config.mediaConfig.videoConfig.videoLayout = {.fps = 0, .width = width, .height = height, .bitrate = 0};
+    return config;
+  }
+
+  std::shared_ptr<LMRTCLiveInfo> info;
+  std::shared_ptr<LocalVideoView> view = std::make_shared<LocalVideoView>();
+};
+
+TEST_F(LiveTest, ThePictureFollowsLayoutModeRenderModeBackgroundAndSize) {
+  const auto anna = broadcaster("anna", 1);
+  const auto bob = broadcaster("bob", 2);
+  const auto carl = broadcaster("carl", 3);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeAudience)));
+  EXPECT_EQ(100u, local->advance(1s)) << "but for the speaker's clock: nobody watches";
+  watch();
+  EXPECT_EQ("360x640 1123", shown({{20, 4}, {340, 4}, {312, 484}, {312, 328}})) << "anna large, cropped";
+  EXPECT_EQ(15u, framesInASecond());
+
+  EXPECT_EQ(0, anna->setMixConfig(size(480, 640)));
+  EXPECT_EQ(0, bob->setMixConfig(layoutMode(LMRTCMixLayoutModeAdaptive)));
+  const Points grid = {{4, 4}, {236, 316}, {244, 4}, {476, 300}, {124, 324}, {356, 636}, {100, 630}};
+  EXPECT_EQ("480x640 112233-", shown(grid));
+  EXPECT_EQ(0, bob->disableVideo(true));
+  EXPECT_EQ("480x640 11--33-", shown(grid)) << "a camera that is off keeps its place";
+  EXPECT_EQ(0, bob->disableVideo(false));
+
+  ASSERT_EQ(LocalCodeSuccess, unsubscribe({live(LMRTCMediaTypeVideo)}));
+  ASSERT_EQ(0, leave());
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+  ASSERT_EQ(0, publishLive());
+  watch();
+  EXPECT_EQ("480x640 1123300",
+            shown({{4, 4}, {236, 316}, {244, 4}, {4, 324}, {236, 636}, {244, 324}, {476, 636}}));
+
+  LMRTCMixConfig custom = layoutMode(LMRTCMixLayoutModeCustom);
+  custom.customMode = true;
+  custom.customLayouts = {{stream("bob", 1), 0, 0, 240, 240}, {stream("carl", 1), 120, 200, 400, 200}};
+  ASSERT_TRUE(custom.mediaConfig.videoConfig.setBackgroundColor(0xFFFF00));
+  const YuvColor yellow = yuvOf(255, 255, 0);
+  ASSERT_EQ(0, configure(custom));
+  const Points placed = {{4, 4}, {236, 4}, {4, 190}, {124, 202}, {124, 396}, {4, 300}, {476, 190}};
+  EXPECT_EQ("480x640 22233--", shown(placed, yellow)) << "both fill their places, carl on top";
+  LMRTCMixConfig whole;
+  whole.mediaConfig.videoConfig.videoExtend.renderMode = LMRTCVideoRenderModeWhole;
+  ASSERT_EQ(0, configure(whole));
+  EXPECT_EQ("480x640 -2----3",
+            shown({{4, 4}, {34, 4}, {4, 190}, {476, 396}, {4, 300}, {224, 202}, {250, 202}}, yellow));
+
+  watch(true);
+  EXPECT_EQ("180x320 2-3", shown({{2, 2}, {2, 150}, {82, 102}}, yellow)) << "places go by the normal size";
+  EXPECT_EQ(10u, framesInASecond());
+}
+
+TEST_F(LiveTest, RefusedConfigurationsLeaveTheMixAsItIs) {
+  const auto anna = broadcaster("anna", 1);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+  ASSERT_EQ(0, publishLive());
+  watch();
+  const auto changed = [](auto change) {
+    LMRTCMixConfig config = layoutMode(LMRTCMixLayoutModeAdaptive);
+    change(config, config.mediaConfig.videoConfig);
+    return config;
+  };
+  using Config = LMRTCMixConfig;
+  using Video = LMRTCMixVideoConfig;
+  const std::pair<std::int64_t, LMRTCMixConfig> refused[] = {
+      {LocalCodeUnknownLayoutMode, changed([](Config& c, Video&) { c.layoutMode = 4; })},
+      {LocalCodeUnknownRenderMode, changed([](Config&, Video& v) { v.videoExtend.renderMode = 3; })},
+      {LocalCodeMixSize, changed([](Config&, Video& v) { v.videoLayout.width = -2; })},
+      {LocalCodeMixSize, changed([](Config&, Video& v) { v.videoLayout.height = 641; })},
+      {LocalCodeMixSize, changed([](Config&, Video& v) { v.tinyVideoLayout.width = 1000000; })},
+      {LocalCodeMixFrameRate, changed([](Config&, Video& v) { v.tinyVideoLayout.fps = 61; })},
+      {LocalCodeMixBitrate, changed([](Config&, Video& v) { v.videoLayout.bitrate = -1; })},
+      {LocalCodeMixBitrate, changed([](Config& c, Video&) { c.mediaConfig.audioConfig.bitrate = 513; })},
+      {LocalCodeUnknownStream, changed([](Config& c, Video&) { c.customMixAudios = {{nullptr}}; })},
+      {LocalCodeMixPlacement, changed([this](Config& c, Video&) {
+         c.customLayouts = {{stream("anna", 1), 0, 0, -4, 10}};
+       })},
+  };
+  for (const auto& [code, config] : refused) {
+    EXPECT_EQ(code, configure(config));
+    EXPECT_EQ("360x640 11", shown({{20, 4}, {340, 4}})) << "still anna large";
+  }
+  EXPECT_EQ("The live mix has 1 to 60 frames per second", LMRTCCodeDefine::codeDesc(LocalCodeMixFrameRate));
+  LMRTCMixConfig config = size(0, 0);
+  config.mediaConfig.videoConfig.videoLayout.fps = 30;
+  EXPECT_EQ(0, configure(config)) << "0 changes nothing";
+  EXPECT_EQ("360x640 11", shown({{20, 4}, {340, 4}}));
+  EXPECT_EQ(30u, framesInASecond());
+
+  EXPECT_EQ(0, anna->switchRole(Role::audience));
+  EXPECT_EQ(LocalCodeNotABroadcaster, anna->setMixConfig(config));
+  EXPECT_EQ(LocalCodeNotABroadcaster, anna->enableInnerCdn(true));
+}
+
+TEST_F(LiveTest, TheSoundOfAllOrOfTheChosenIsHeardOnce) {
+  const auto anna = broadcaster("anna", 1);
+  const auto bob = broadcaster("bob", 2);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+  ASSERT_EQ(0, publishLive());
+  ToneMeter speaker;
+  local->setSpeaker([&speaker](const AudioBlock& block, Microseconds) { speaker.add(block); });
+  ASSERT_EQ(0, subscribe({live(LMRTCMediaTypeAudio)}));
+  EXPECT_EQ("10 10 10 0 ", levels(speaker));
+  const auto carl = broadcaster("carl", 3);
+  EXPECT_EQ("10 10 10 10 ", levels(speaker));
+  LMRTCMixConfig chosen;
+  chosen.customMode = true;
+  chosen.customMixAudios = {{stream("bob")}, {stream("bob")}, {microphone()}};
+  ASSERT_EQ(0, configure(chosen));
+  EXPECT_EQ("10 0 10 0 ", levels(speaker));
+  EXPECT_EQ(0, bob->unpublishAudio());
+  EXPECT_EQ("10 0 0 0 ", levels(speaker));
+  EXPECT_EQ(0, bob->publishAudio());
+  EXPECT_EQ("10 0 10 0 ", levels(speaker)) << "the choice outlasts the publication";
+  LMRTCMixConfig everybody;
+  everybody.customMode = false;
+  ASSERT_EQ(0, configure(everybody));
+  EXPECT_EQ("10 10 10 10 ", levels(speaker));
+}
+
+TEST_F(LiveTest, TheMixedStreamsComeAndGoWithTheBroadcast) {
+  const auto anna = add("anna", {.role = Role::broadcaster});
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeAudience)));
+  EXPECT_EQ(LocalCodeNotBroadcasting, anna->enableInnerCdn(true));
+  EXPECT_EQ(0, anna->publishVideo());
+  local->advance(0us);
+  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:v of 1", "live r_live:a r_live:v of 0"}), takeTrace());
+  EXPECT_EQ(LMRTCMediaStreamTypeLive, live(LMRTCMediaTypeVideo)->mediaStreamType());
+  EXPECT_EQ(0, anna->publishAudio());
+  ASSERT_EQ(0, subscribe(room->getLiveStreams()));
+  local->advance(50ms);
+  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 2", "first r_live:v", "first r_live:a"}), takeTrace());
+
+  EXPECT_EQ(0, anna->enableInnerCdn(true));
+  EXPECT_EQ(0, anna->enableInnerCdn(true));
+  local->advance(0us);
+  EXPECT_EQ((Trace{"cdn"}), takeTrace());
+  const auto cdn = room->getCDNStream();
+  ASSERT_TRUE(cdn);
+  EXPECT_EQ(0, anna->unpublishVideo());
+  EXPECT_EQ(0, anna->leave());
+  local->advance(0us);
+  EXPECT_EQ((Trace{"unpublished anna_LumoCloudRTC:v of 1", "unpublished anna_LumoCloudRTC:a of 0",
+                   "live ended r_live:a r_live:v of 0", "cdn ended", "left anna"}),
+            takeTrace());
+  EXPECT_TRUE(room->getLiveStreams().empty());
+  EXPECT_FALSE(room->getCDNStream());
+  EXPECT_EQ(LocalCodeStreamGone, subscribe({cdn}));
+  EXPECT_EQ(LocalCodeStreamGone, answerOf([&](auto done) { cdn->setVideoConfig(9, 1, plain(done)); }));
+  EXPECT_EQ(0u, local->advance(0us));
+}
+
+TEST_F(LiveTest, TheInnerCdnStreamHasItsOwnSizeAndFrameRate) {
+  const auto anna = broadcaster("anna", 1);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+  ASSERT_EQ(0, publishLive());
+  ASSERT_EQ(0, enableCdn(true));
+  const auto cdn = room->getCDNStream();
+  ASSERT_TRUE(cdn);
+  const auto setFormat = [&](std::int64_t preset, std::int64_t fps) {
+    return answerOf([&](auto done) { cdn->setVideoConfig(preset, fps, plain(done)); });
+  };
+  ToneMeter speaker;
+  local->setSpeaker([&speaker](const AudioBlock& block, Microseconds) { speaker.add(block); });
+  cdn->setVideoView(view);
+  ASSERT_EQ(0, subscribe({cdn}));
+  EXPECT_EQ("360x640 1", shown({{20, 4}}));
+  EXPECT_EQ("10 10 0 0 ", levels(speaker));
+  EXPECT_EQ(0, setFormat(11, -1));
+  EXPECT_EQ("480x640 1", shown({{20, 4}}));
+  EXPECT_EQ(15u, framesInASecond());
+  EXPECT_EQ(0, setFormat(-1, 3));
+  EXPECT_EQ("480x640 1", shown({{20, 4}}));
+  EXPECT_EQ(30u, framesInASecond());
+  for (const auto& [preset, fps] : {std::pair(17, 1), std::pair(3, 4), std::pair(-2, -1)})
+    EXPECT_EQ(LocalCodeCdnFormat, setFormat(preset, fps));
+  EXPECT_EQ(30u, framesInASecond());
+  cdn->setIsMute(true);
+  EXPECT_EQ(0u, framesInASecond());
+  EXPECT_EQ("0 0 0 0 ", levels(speaker));
+  cdn->setIsMute(false);
+  EXPECT_EQ(0, local->failNext("enableInnerCDN", 77));
+  EXPECT_EQ(77, enableCdn(false));
+  EXPECT_EQ(30u, framesInASecond());
+  EXPECT_EQ(0, enableCdn(false));
+  EXPECT_EQ(0u, framesInASecond());
+}
+
+TEST_F(LiveTest, TheMixIsPushedToSeveralAddresses) {
+  const test::TempFolder folder;
+  const auto anna = broadcaster("anna", 1);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+  std::vector<std::string> failures;
+  local->setPushFailed([&](const std::string& address, const std::string&) { failures.push_back(address); });
+  ASSERT_EQ(0, publishLive());
+  ASSERT_EQ(0, configure(size(240, 320)));
+  const std::string first = "file://" + folder.path("a.flv");
+  const std::string second = "file://" + folder.path("b.ts");
+  const std::string nowhere = "file://" + folder.path("none/c.mp4");
+  EXPECT_EQ(0, addPush(first));
+  EXPECT_EQ(LocalCodePushFailed, addPush(nowhere));
+  EXPECT_EQ((std::vector<std::string>{nowhere}), failures);
+  const std::pair<std::int64_t, std::string> refused[] = {
+      {LocalCodePushAddressTaken, first},
+      {LocalCodePushAddressMalformed, "nonsense"},
+      {LocalCodePushProtocolUnknown, "http://host/live"},
+      {LocalCodePushContainerUnknown, "file:///tmp/a.txt"},
+  };
+  for (const auto& [code, address] : refused) EXPECT_EQ(code, addPush(address)) << address;
+  EXPECT_EQ(LocalCodePushAddressUnknown, removePush(nowhere));
+  local->advance(1s);
+  EXPECT_EQ(0, addPush(second));
+  local->advance(1s);
+  EXPECT_EQ(0, removePush(first));
+  EXPECT_EQ(LocalCodePushAddressUnknown, removePush(first));
+  EXPECT_EQ(0, answerOf([&](auto done) { user()->unpublishDefaultLiveStreams(plain(done)); }));
+  EXPECT_EQ(LocalCodePushAddressTaken, addPush(second)) << "anna still broadcasts";
+  EXPECT_EQ(0, anna->leave());
+  EXPECT_EQ(LocalCodeNotBroadcasting, addPush(second));
+
+  for (const auto& [name, seconds] : {std::pair("a.flv", 2), std::pair("b.ts", 1)}) {
+    SCOPED_TRACE(name);
+    const auto opened = MediaFileReader::open(folder.path(name), MediaKind::both);
+    ASSERT_TRUE(opened.reader) << opened.error;
+    int pictures = 0;
+    std::shared_ptr<const LumoRTCI420Buffer> last;
+    for (; const auto read = opened.reader->nextPicture(); ++pictures) last = read->picture;
+    EXPECT_NEAR(15 * seconds, pictures, 1);
+    ASSERT_TRUE(last);
+    EXPECT_EQ(240, last->width());
+    EXPECT_EQ(320, last->height());
+    EXPECT_EQ("1", shownAt(*last, 100, 4, kBlack));
+    std::vector<std::int16_t> sound;
+    while (const auto read = opened.reader->nextSound())
+      sound.insert(sound.end(), read->samples.begin(), read->samples.end());
+    ASSERT_NEAR(48000.0 * seconds, static_cast<double>(sound.size()) / 2, 4096);
+    const auto middle = std::span(sound).subspan(19200, 48000);
+    EXPECT_NEAR(0.2, test::toneLevel(middle, 300), 0.02);
+    EXPECT_NEAR(0.2, test::toneLevel(middle, 400), 0.02);
+  }
+  EXPECT_EQ(1u, failures.size());
+}
+
+TEST_F(LiveTest, RoleSwitchesSucceedFailOrEndOutsideTheRoom) {
+  const auto anna = broadcaster("anna", 1);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeAudience)));
+  EXPECT_EQ(std::to_string(LocalCodeSameRole), switchTo(LMRTCRoleTypeAudience));
+  LMRTCMixConfig config = layoutMode(9);
+  EXPECT_EQ(std::to_string(LocalCodeUnknownLayoutMode), switchTo(LMRTCRoleTypeBroadcaster, &config));
+  EXPECT_EQ(LocalCodeAudienceMayNotPublish, publishLive());
+  config = layoutMode(LMRTCMixLayoutModeAdaptive);
+  EXPECT_EQ("succeeded", switchTo(LMRTCRoleTypeBroadcaster, &config));
+  ASSERT_TRUE(info);
+  ASSERT_EQ(0, publishLive());
+  watch();
+  EXPECT_EQ("360x640 110", shown({{4, 4}, {356, 316}, {4, 324}})) << "the grid that came with the switch";
+  EXPECT_EQ(0, anna->switchRole(Role::audience));
+  local->advance(0us);
+  EXPECT_EQ("role 1 anna (in the room)", trace.back());
+
+  ASSERT_EQ(0, local->failNext("switchToAudienceOnSucceed", 55));
+  EXPECT_EQ("55", switchTo(LMRTCRoleTypeAudience));
+  EXPECT_EQ(2u, user()->streams().size());
+  EXPECT_EQ("succeeded", switchTo(LMRTCRoleTypeAudience));
+  EXPECT_TRUE(user()->streams().empty());
+  EXPECT_TRUE(room->getLiveStreams().empty());
+  EXPECT_EQ(LocalCodeNotABroadcaster, configure(config)) << "an old handle is of no use";
+
+  takeTrace();
+  ASSERT_EQ(0, local->failNext("switchToBroadcaster", LocalCodeKicked));
+  const auto former = user();
+  EXPECT_EQ("kicked", switchTo(LMRTCRoleTypeBroadcaster));
+  EXPECT_FALSE(room->localUser());
+  EXPECT_TRUE(takeTrace().empty()) << "told by the switch alone";
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
+}
+
+TEST_F(LiveTest, AnAudioRoomMixesSoundOnly) {
+  auto config = liveConfig(LMRTCRoleTypeBroadcaster);
+  config.setLiveType(LMRTCLiveTypeAudio);
+  ASSERT_EQ(0, join("r", config));
+  ASSERT_EQ(0, publishLive());
+  EXPECT_TRUE(live(LMRTCMediaTypeAudio));
+  EXPECT_FALSE(live(LMRTCMediaTypeVideo));
+}
+
+}  // namespace
