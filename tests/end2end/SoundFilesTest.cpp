@@ -305,8 +305,7 @@ TEST(SoundFilesInRealTimeTest, AreSteeredFromAnyThread) {
   };
   const auto listener = std::make_shared<Listener>();
   mixer->setDelegate(listener);
-  std::atomic<int> blocks{0};
-  local->setSpeaker([&](const AudioBlock&, Microseconds) { ++blocks; });
+  local->setSpeaker([](const AudioBlock&, Microseconds) {});
   ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
   std::thread effects([&] {
     const auto manager = engine->audioEffectManager();
@@ -328,7 +327,6 @@ TEST(SoundFilesInRealTimeTest, AreSteeredFromAnyThread) {
   effects.join();
   ASSERT_TRUE(mixer->startMixingWithURL(path, true, LocalMixerModeMix, 2));
   EXPECT_TRUE(listener->ended.try_acquire_for(20s));
-  EXPECT_GE(blocks, 10) << "the second pass; the first began at a position set before, behind its end";
   engine->unInit();
   EXPECT_EQ(std::nullopt, local->recordSpeaker({}));
   local->setSpeaker({});
