@@ -9,6 +9,7 @@
 #include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
 #include "LumoRTCLibWrapper/platform/system/MainQueue.h"
@@ -19,7 +20,11 @@ using namespace std::chrono_literals;
 
 constexpr std::int64_t kMedia = LMRTCIWMediaTypeAudioVideo;
 constexpr lumo::Microseconds kPatience = 5s;  // for the end of a call that gets stuck
-constexpr lumo::Microseconds kTick = 16ms;    // of the drawing loop
+constexpr std::int64_t kEffect = 1;
+constexpr std::int64_t kMixed = 1;  // with the microphone
+constexpr std::uint64_t kEffectVolume = 70;
+constexpr float kSecondsPerLine = 0.5F;
+constexpr lumo::Microseconds kTick = 16ms;  // of the drawing loop
 
 /// What participant `number`, counted from 0, sends. The local user is source 0.
 std::uint32_t sourceNumber(std::size_t number) { return static_cast<std::uint32_t>(number) + 1; }
@@ -53,6 +58,7 @@ Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
       meter_(toneFrequencies(options.names.size())),
       gallery_(options.surface),
       participants_(options.names.size()),
+      musicSeconds_(options.music.empty() ? 0 : LMRTCAudioMixer::durationOfAudioFile(options.music)),
       main_(timeline_->makeRunner("main")) {
   log_.fill(*delegate_);
   answerCallbacks();
@@ -67,6 +73,7 @@ bool Call::run() {
   lumo::MainQueue::async([this] { start(); });
   const bool isAsPlanned = ended_.get_future().get();
   local_->setSpeaker({});
+  stopRecording();
   local_->uninstall();
   lumo::MainQueue::setExecutor({});
   main_.reset();
@@ -97,7 +104,30 @@ void Call::answerCallbacks() {
   follow(delegate_->onUnpublished, [this](std::int64_t, std::int64_t, const std::string&) {
     if (engine_) act("leaveRoom", [this] { return engine_->leaveRoom(); });
   });
+  follow(delegate_->onAudioEffectCreated, [this](std::int64_t effectId, std::int64_t, const std::string&) {
+    if (engine_) act("playAudioEffect", [&] { return engine_->playAudioEffect(effectId, kEffectVolume, 2); });
+  });
+  delegate_->onAudioMixingProgressReported = [this, due = 0.0F](float seconds) mutable {
+    if (seconds < due && static_cast<double>(seconds) < musicSeconds_) return;
+    due = seconds + kSecondsPerLine;
+    log_.progress("onAudioMixingProgressReported", static_cast<double>(seconds), musicSeconds_);
+  };
   follow(delegate_->onRoomLeft, [this](std::int64_t code, const std::string&) { end(code == 0); });
+}
+
+void Call::playSounds() {
+  if (!options_.music.empty()) {
+    act("startAudioMixing url=" + options_.music,
+        [this] { return engine_->startAudioMixing(options_.music, kMixed, true, 1); });
+  }
+  if (options_.effect.empty()) return;
+  act("createAudioEffect url=" + options_.effect,
+      [this] { return engine_->createAudioEffect(options_.effect, kEffect); });
+}
+
+void Call::stopRecording() {
+  for (const auto& problem : {local_->recordSpeaker({}), local_->recordMicrophone({})})
+    if (problem) recordingProblem_ = *problem;
 }
 
 void Call::start() {
@@ -155,6 +185,7 @@ void Call::enterRoom() {
   act("setLocalView",
       [this] { return engine_->setLocalViewWithViewDelegate(gallery_.surfaceOf(kLocalUserId).view()); });
   gallery_.layout();
+  playSounds();
 }
 
 void Call::receive(const std::string& userId, std::int64_t mediaType) {

@@ -37,6 +37,9 @@ class Call {
   /// How loud each participant arrived.
   std::vector<Heard> heard() const;
 
+  /// What is wrong with the recordings, for people; empty when nothing is.
+  const std::string& recordingProblem() const { return recordingProblem_; }
+
  private:
   using Participant = std::shared_ptr<LumoRTCLocal::Participant>;
 
@@ -46,6 +49,8 @@ class Call {
   void bring(std::size_t number);
   void enterRoom();
   void receive(const std::string& userId, std::int64_t mediaType);
+  void playSounds();
+  void stopRecording();
   /// Draws, now and in every tick to come.
   void draw();
   void leave();
@@ -66,6 +71,8 @@ class Call {
   std::shared_ptr<LMRTCIWEngine> engine_;
   std::vector<Participant> participants_;  // null: not there yet
   std::vector<Gallery::Shown> shown_;
+  std::string recordingProblem_;
+  const double musicSeconds_;  // 0: no music, or it does not say how long it is
   std::promise<bool> ended_;
   bool hasEnded_ = false;
   const std::shared_ptr<lumo::Timeline> timeline_ = lumo::Timeline::realTime();

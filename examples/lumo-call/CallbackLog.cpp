@@ -1,5 +1,7 @@
 #include "examples/lumo-call/CallbackLog.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
@@ -24,6 +26,16 @@ void CallbackLog::print(std::function<void(Arguments...)>& field, const char* na
 }
 
 void CallbackLog::action(std::string_view text) const { line("->", text, {}); }
+
+void CallbackLog::progress(std::string_view callback, double seconds, double total) const {
+  constexpr double kCells = 20;
+  std::array<char, 64> values{};
+  std::snprintf(values.data(), values.size(), " progress=%.1f of %.1f ", seconds, total);
+  const double part = total > 0 ? std::clamp(seconds / total, 0.0, 1.0) : 0;
+  const auto full = static_cast<std::size_t>(std::lround(part * kCells));
+  line("<-", callback,
+       values.data() + std::string(full, '#') + std::string(static_cast<std::size_t>(kCells) - full, '.'));
+}
 
 void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
   print(d.onRoomJoined, "onRoomJoined", {"code", "message"});
@@ -57,6 +69,9 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
   print(d.onUnsubscribed, "onUnsubscribed", {"userId", "mediaType", "code", "message"});
   print(d.onLiveMixSubscribed, "onLiveMixSubscribed", {"mediaType", "code", "message"});
   print(d.onLiveMixUnsubscribed, "onLiveMixUnsubscribed", {"mediaType", "code", "message"});
+  print(d.onAudioEffectCreated, "onAudioEffectCreated", {"effectId", "code", "message"});
+  print(d.onAudioMixingStarted, "onAudioMixingStarted", {});
+  print(d.onAudioMixingFinished, "onAudioMixingFinished", {});
   print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
   print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
 }

@@ -16,7 +16,12 @@ class CallbackLog {
   /// Prints what the program itself does, marked apart from callbacks.
   void action(std::string_view text) const;
 
-  /// Fills every field with a callback that prints its line. The log must outlive the callbacks.
+  /// Prints a callback about what plays, with a bar.
+  /// @param total  seconds; 0: unknown
+  void progress(std::string_view callback, double seconds, double total) const;
+
+  /// Fills every field, but for the progress of audio mixing, with a callback that prints its line. The log
+  /// must outlive the callbacks.
   void fill(LMRTCIWEngineDelegate& delegate) const;
 
  private:

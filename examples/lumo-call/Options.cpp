@@ -66,6 +66,12 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->allow_extra_args(false);
   app.add_option("--camera", options.camera, "Video file or capture device that serves as the camera")
       ->type_name("FILE");
+  app.add_option("--music", options.music, "Sound file that is mixed into the call")->type_name("FILE");
+  app.add_option("--effect", options.effect, "Sound file that is played twice on top")->type_name("FILE");
+  app.add_option("--record", options.record,
+                 "Write what the speaker plays (speaker.wav) and what the others hear (microphone.wav)")
+      ->type_name("DIR");
+  app.add_flag("--play", options.play, "Play the call on the sound output of this machine");
   app.add_option("--seconds", options.seconds, "How long the call lasts (default: 5)")
       ->type_name("N")
       ->check(checkSeconds);

@@ -1,12 +1,17 @@
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <variant>
 #include <vector>
 
 #include "LumoRTCLibWrapper/platform/LumoIMLibCore/LMFwLog.h"
 #include "LumoRTCLibWrapper/platform/system/Console.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
+#include "LumoRTCLocal/media/FileUrl.h"
+#include "LumoRTCLocal/media/MediaFileReader.h"
 #include "examples/lumo-call/Call.h"
 #include "examples/lumo-call/Options.h"
 #include "examples/support/ContactSheet.h"
@@ -47,19 +52,36 @@ int writeSheet(const CallOptions& options, const Call& call) {
   return kFailed;
 }
 
-int runCall(const CallOptions& options) {
-  const auto local = LumoRTCLocal::install({.userId = kLocalUserId});
+/// @return what is wrong with the files that the options name; empty when all is well
+std::string openFiles(const CallOptions& options, LumoRTCLocal& local) {
   if (!options.camera.empty()) {
-    if (const auto error = local->setCamera(options.camera)) {
-      std::cerr << "lumo-call: " << *error << '\n';
-      return kWrongOptions;
-    }
+    if (auto error = local.setCamera(options.camera)) return std::move(*error);
+  }
+  for (const std::string& sound : {options.music, options.effect}) {
+    if (sound.empty()) continue;
+    auto opened = lumo::MediaFileReader::open(lumo::pathOfUrl(sound), lumo::MediaKind::sound);
+    if (!opened.reader) return std::move(opened.error);
+  }
+  if (options.record.empty()) return {};
+  std::error_code ignored;  // what matters is whether the files can be written
+  const std::filesystem::path folder(options.record);
+  std::filesystem::create_directories(folder, ignored);
+  if (auto error = local.recordSpeaker(folder / "speaker.wav")) return std::move(*error);
+  return local.recordMicrophone(folder / "microphone.wav").value_or(std::string());
+}
+
+int runCall(const CallOptions& options) {
+  const auto local = LumoRTCLocal::install({.userId = kLocalUserId, .soundOutput = options.play});
+  if (const std::string error = openFiles(options, *local); !error.empty()) {
+    std::cerr << "lumo-call: " << error << '\n';
+    return kWrongOptions;
   }
   Call call(options, local);
   const bool isAsPlanned = call.run();
   printSummary(call);
+  if (!call.recordingProblem().empty()) std::cerr << "lumo-call: " << call.recordingProblem() << '\n';
   const int sheetCode = writeSheet(options, call);
-  return isAsPlanned ? sheetCode : kFailed;
+  return isAsPlanned && call.recordingProblem().empty() ? sheetCode : kFailed;
 }
 
 }  // namespace
