@@ -28,7 +28,11 @@ class AudioFilePlayer::Decoder {
 
   Microseconds duration() const { return reader_->duration(); }
 
-  void seek(Microseconds position) {
+  std::int64_t passesLeft() const { return passesLeft_; }
+
+  /// @param passesLeft  the one that is sought in included
+  void seek(Microseconds position, std::int64_t passesLeft) {
+    passesLeft_ = passesLeft;
     rest_ = {};
     isPassEmpty_ = false;  // behind the end there is nothing, and nothing wrong
     // A file that is sought behind its end looks like one that stops early.
@@ -98,7 +102,7 @@ AudioFilePlayer::Opened AudioFilePlayer::open(std::shared_ptr<Runner> decoding, 
   auto opened = MediaFileReader::openFile(path, MediaKind::sound);
   if (!opened.reader) return {nullptr, std::move(opened.error)};
   std::shared_ptr<AudioFilePlayer> player(new AudioFilePlayer(
-      std::move(decoding), std::make_unique<Decoder>(std::move(opened.reader), loopCount)));
+      std::move(decoding), std::make_unique<Decoder>(std::move(opened.reader), loopCount), loopCount));
   player->requestFill();
   return {std::move(player), {}};
 }
@@ -108,10 +112,12 @@ Microseconds AudioFilePlayer::durationOf(const std::string& path) {
   return opened.reader ? opened.reader->duration() : Microseconds(0);
 }
 
-AudioFilePlayer::AudioFilePlayer(std::shared_ptr<Runner> decoding, std::unique_ptr<Decoder> decoder)
+AudioFilePlayer::AudioFilePlayer(std::shared_ptr<Runner> decoding, std::unique_ptr<Decoder> decoder,
+                                 std::int64_t loopCount)
     : decoding_(std::move(decoding)),
       duration_(decoder->duration()),
       slots_(kSlots),
+      passesLeft_(loopCount),
       decoder_(std::move(decoder)) {}
 
 AudioFilePlayer::~AudioFilePlayer() {
@@ -148,6 +154,7 @@ bool AudioFilePlayer::take(std::uint64_t seeks, AudioBlock& block) {
     const Slot& slot = slots_[taken++ % kSlots];
     outcome_ = slot.kind;
     position_ = slot.end;
+    passesLeft_.store(slot.passesLeft, std::memory_order_release);
     block = slot.block;
     hasBegun_ = true;
   } else if (hasBegun_) {
@@ -175,6 +182,7 @@ void AudioFilePlayer::fill() {
     Slot& slot = slots_[written % kSlots];
     slot.seeks = decodedSeeks_;
     slot.kind = decoder_->next(slot.block, slot.end);
+    slot.passesLeft = decoder_->passesLeft();
     isDecoded_ = slot.kind != Read::sound;
     written_.store(written + 1, std::memory_order_release);
   }
@@ -190,7 +198,7 @@ void AudioFilePlayer::followSeek() {
   }
   freshFrom_ = written_.load(std::memory_order_relaxed);
   isDecoded_ = false;
-  decoder_->seek(goal);
+  decoder_->seek(goal, passesLeft_.load(std::memory_order_acquire));
 }
 
 }  // namespace lumo

@@ -72,9 +72,10 @@ class AudioFilePlayer : public std::enable_shared_from_this<AudioFilePlayer> {
     Microseconds end{0};  ///< where in the file the block is over
     std::uint64_t seeks = 0;
     Read kind = Read::sound;
+    std::int64_t passesLeft = 0;  ///< the present one included
   };
 
-  AudioFilePlayer(std::shared_ptr<Runner> decoding, std::unique_ptr<Decoder> decoder);
+  AudioFilePlayer(std::shared_ptr<Runner> decoding, std::unique_ptr<Decoder> decoder, std::int64_t loopCount);
 
   void requestFill();
   void fill();
@@ -88,6 +89,8 @@ class AudioFilePlayer : public std::enable_shared_from_this<AudioFilePlayer> {
   std::vector<Slot> slots_;
   std::atomic<std::uint64_t> written_{0};
   std::atomic<std::uint64_t> taken_{0};
+  /// Of the slot that was read last: after a seek that is where the count goes on, however far decoding was.
+  std::atomic<std::int64_t> passesLeft_;
   std::atomic<bool> isFillRequested_{false};
   std::atomic<std::uint64_t> underruns_{0};
 

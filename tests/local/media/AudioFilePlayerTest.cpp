@@ -76,6 +76,24 @@ TEST(AudioFilePlayerTest, NeverWaitsForItsDecoder) {
   decoding->run();
 }
 
+TEST(AudioFilePlayerTest, CountsThePassesThatWerePlayedAndNotThoseThatWereDecoded) {
+  const test::TempFolder folder;
+  const auto decoding = std::make_shared<HeldRunner>();
+  const auto player =
+      AudioFilePlayer::open(decoding, test::writeTones(folder, "a.wav", {{500, 0.1}}), 2).player;
+  ASSERT_TRUE(player);
+  decoding->run();
+  AudioBlock block;
+  for (const auto& [goal, blocks] : {std::pair{50ms, 5 + 10}, {1000ms, 0}, {70ms, 3}}) {
+    for (int i = 0; i < 3; ++i) player->read(block);
+    player->seek(goal);
+    decoding->run();
+    EXPECT_EQ(blocks, count(*player, Read::sound)) << goal.count();
+    EXPECT_EQ(Read::ended, player->read(block));
+  }
+  decoding->run();
+}
+
 TEST(FileUrlTest, BecomesAPath) {
   const std::pair<const char*, const char*> cases[] = {
       {"/a b%20.wav", "/a b%20.wav"},
