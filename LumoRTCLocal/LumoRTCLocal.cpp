@@ -79,6 +79,9 @@ struct LumoRTCLocal::State {
   const std::shared_ptr<lumo::LocalEngine> engine;
   const std::shared_ptr<lumo::LocalProvider> provider;
 
+  /// Reads what participants publish; it has a speaker of its own, which nobody hears.
+  const std::shared_ptr<lumo::FilePlayback> participantFiles =
+      std::make_shared<lumo::FilePlayback>(context->audio, std::make_shared<lumo::Speaker>());
   lumo::Cell<std::shared_ptr<lumo::WavWriter>> speakerFile;
   lumo::Cell<std::shared_ptr<lumo::WavWriter>> microphoneFile;
 
@@ -193,9 +196,9 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
     const std::lock_guard lock(state_->mutex);
     number = options.sourceNumber ? *options.sourceNumber : ++state_->lastSource;
   }
-  lumo::ScriptedParticipant::Parts parts{context.timeline,        context.server, context.audio,
-                                         context.userId,          number,         options.video,
-                                         std::move(camera.source)};
+  lumo::ScriptedParticipant::Parts parts{
+      context.timeline, context.server,           context.audio, context.userId,   number,
+      options.video,    std::move(camera.source), context.sdk,   context.decoding, state_->participantFiles};
   const auto participant =
       std::make_shared<lumo::ScriptedParticipant>(std::move(parts), joined.member, userId);
   state_->keep(participant);

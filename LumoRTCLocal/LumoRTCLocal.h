@@ -102,6 +102,13 @@ class LumoRTCLocal {
     virtual std::int64_t publish(const std::string& tag, Media media,
                                  std::optional<std::uint32_t> sourceNumber = {}) = 0;
 
+    /// Publishes a media file as a custom stream of pictures and, where the file has sound, of sound, and
+    /// reads it once from its start. At the end of the file what is left of them is unpublished. Blocks while
+    /// the file's beginning is read.
+    /// @param tag  not kLMRTCDefaultStreamTag
+    /// @return LocalCodeFileFailed for a file that cannot be opened or has no picture
+    virtual std::int64_t publishFile(const std::string& tag, const std::string& path) = 0;
+
     virtual std::int64_t unpublishAudio() = 0;
     virtual std::int64_t unpublishVideo() = 0;
     virtual std::int64_t unpublish(const std::string& tag, Media media) = 0;

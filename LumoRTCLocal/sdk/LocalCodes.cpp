@@ -34,6 +34,8 @@ constexpr CodeText kCodeTexts[] = {
     {LocalCodeStreamGone, "The stream is no longer published"},
     {LocalCodeNotSubscribed, "The stream is not subscribed"},
     {LocalCodeCameraFailed, "The camera cannot be opened"},
+    {LocalCodeFileFailed, "The file cannot be opened or has no picture"},
+    {LocalCodeNotACustomTag, "The tag is not that of a custom stream"},
     {LocalCodeUnknownOperation, "No operation has this name"},
     {LocalCodeUnknownLayoutMode, "The live mix has no such layout mode"},
     {LocalCodeUnknownRenderMode, "The live mix has no such render mode"},

@@ -31,6 +31,8 @@ enum LocalCode : std::int64_t {
   LocalCodeStreamGone = 1206,             ///< nobody in the room publishes the stream any more
   LocalCodeNotSubscribed = 1207,          ///< the stream was not subscribed
   LocalCodeCameraFailed = 1301,           ///< a participant's camera file cannot be opened
+  LocalCodeFileFailed = 1303,             ///< a participant's file cannot be opened or has no picture
+  LocalCodeNotACustomTag = 1304,          ///< a file needs a tag that is not that of microphone and camera
   LocalCodeUnknownOperation = 1302,       ///< failure injection: no operation has that name
   LocalCodeUnknownLayoutMode = 1401,      ///< live mix: no LMRTCMixLayoutMode
   LocalCodeUnknownRenderMode = 1402,      ///< live mix: no LMRTCVideoRenderMode

@@ -1,5 +1,7 @@
 #include "LumoRTCLocal/server/ScriptedParticipant.h"
 
+#include <algorithm>
+#include <iterator>
 #include <type_traits>
 #include <utility>
 
@@ -75,22 +77,54 @@ std::int64_t ScriptedParticipant::publish(const std::string& tag, Media media,
   return LocalCodeSuccess;
 }
 
+std::int64_t ScriptedParticipant::publishFile(const std::string& tag, const std::string& path) {
+  if (tag == kLMRTCDefaultStreamTag) return LocalCodeNotACustomTag;
+  const auto file = std::make_shared<PublishedFile>();
+  file->tag = tag;
+  file->pipeline =
+      std::make_shared<CameraPipeline>(parts_.timeline, "file " + userId_, nullptr, parts_.video);
+  file->pipeline->setActive(true);
+  const auto ended = [weak = weak_from_this(), weakFile = std::weak_ptr(file), sdk = parts_.sdk] {
+    sdk->post([weak, weakFile] {
+      const auto self = weak.lock();
+      const auto whole = weakFile.lock();
+      if (self && whole) self->fileEnded(whole);
+    });
+  };
+  file->reading = FileReading::open(path, {file->pipeline, parts_.files, parts_.decoding}, ended).reading;
+  if (!file->reading) return LocalCodeFileFailed;
+  const std::lock_guard lock(mutex_);
+  file->publications = makePublications(*file);
+  const std::int64_t code = parts_.server->publish(member_, file->publications);
+  if (code != LocalCodeSuccess) return code;
+  file->pipeline->setPublication(file->publications.back());
+  file->reading->start();
+  files_.push_back(file);
+  return LocalCodeSuccess;
+}
+
 std::int64_t ScriptedParticipant::unpublishAudio() { return unpublish(kLMRTCDefaultStreamTag, Media::audio); }
 
 std::int64_t ScriptedParticipant::unpublishVideo() { return unpublish(kLMRTCDefaultStreamTag, Media::video); }
 
 std::int64_t ScriptedParticipant::unpublish(const std::string& tag, Media media) {
+  Files closedFiles;
   const std::lock_guard lock(mutex_);
   if (!isInRoom()) return LocalCodeNotInRoom;
   Publications publications;
   for (const std::int64_t type : mediaTypes(media)) {
-    const Source& source = sources_[{tag, type}];
-    if (!source.publication) return LocalCodeNotPublished;
-    publications.push_back(source.publication);
+    const auto open = publicationOf(tag, type);
+    if (!open) return LocalCodeNotPublished;
+    publications.push_back(open);
   }
   const std::int64_t code = parts_.server->unpublish(member_, publications);
   if (code != LocalCodeSuccess) return code;
   for (const std::int64_t type : mediaTypes(media)) closed(sources_[{tag, type}]);
+  for (const auto& file : files_) {
+    std::erase_if(file->publications,
+                  [&](const auto& open) { return std::ranges::count(publications, open) > 0; });
+  }
+  closedFiles = takeClosedFiles();
   return LocalCodeSuccess;
 }
 
@@ -109,6 +143,7 @@ std::int64_t ScriptedParticipant::disableVideo(const std::string& tag, bool disa
 }
 
 std::int64_t ScriptedParticipant::switchRole(Role role) {
+  Files closedFiles;
   const std::lock_guard lock(mutex_);
   if (role == Role::member) return LocalCodeNotALiveRoom;
   const bool audience = role == Role::audience;
@@ -116,6 +151,8 @@ std::int64_t ScriptedParticipant::switchRole(Role role) {
       parts_.server->switchRole(member_, audience ? LMRTCRoleTypeAudience : LMRTCRoleTypeBroadcaster);
   if (code != LocalCodeSuccess) return code;
   for (auto& [key, source] : sources_) closed(source);
+  for (const auto& file : files_) file->publications.clear();
+  closedFiles = takeClosedFiles();
   return LocalCodeSuccess;
 }
 
@@ -258,14 +295,64 @@ std::int64_t ScriptedParticipant::setEnabled(const std::string& tag, std::int64_
   if (!isInRoom()) return LocalCodeNotInRoom;
   Source& source = sources_[{tag, mediaType}];
   source.enabled = enabled;
-  if (source.publication) parts_.server->setEnabled(source.publication, enabled);
+  if (const auto open = publicationOf(tag, mediaType)) parts_.server->setEnabled(open, enabled);
   return LocalCodeSuccess;
 }
 
+std::shared_ptr<Publication> ScriptedParticipant::publicationOf(const std::string& tag,
+                                                                std::int64_t mediaType) {
+  for (const auto& file : files_) {
+    for (const auto& open : file->publications) {
+      if (file->tag == tag && open->name().mediaType == mediaType) return open;
+    }
+  }
+  return sources_[{tag, mediaType}].publication;
+}
+
+Publications ScriptedParticipant::makePublications(const PublishedFile& file) {
+  StreamName name{userId_, file.tag, LMRTCMediaTypeAudio, LMRTCMediaStreamTypeCustom};
+  Publications publications;
+  if (const auto& voice = file.reading->voice()) {
+    voice->setHasPublication(true);
+    publications.push_back(
+        Publication::create(name, sources_[{file.tag, name.mediaType}].enabled, voice,
+                            [weak = std::weak_ptr<AudioExchange>(parts_.audio)](const auto& changed) {
+                              if (const auto exchange = weak.lock()) exchange->update(changed);
+                            }));
+  }
+  name.mediaType = LMRTCMediaTypeVideo;
+  publications.push_back(
+      Publication::create(name, sources_[{file.tag, name.mediaType}].enabled, nullptr,
+                          [weak = std::weak_ptr<CameraPipeline>(file.pipeline)](const auto&) {
+                            if (const auto pipeline = weak.lock()) pipeline->update();
+                          }));
+  return publications;
+}
+
+void ScriptedParticipant::fileEnded(const std::shared_ptr<PublishedFile>& file) {
+  Files closedFiles;
+  const std::lock_guard lock(mutex_);
+  if (!file->publications.empty()) parts_.server->unpublish(member_, file->publications);
+  file->publications.clear();
+  closedFiles = takeClosedFiles();
+}
+
+ScriptedParticipant::Files ScriptedParticipant::takeClosedFiles() {
+  const auto open = std::partition(files_.begin(), files_.end(),
+                                   [](const auto& file) { return !file->publications.empty(); });
+  Files closedFiles(std::make_move_iterator(open), std::make_move_iterator(files_.end()));
+  files_.erase(open, files_.end());
+  for (const auto& file : closedFiles) file->reading->stop();
+  return closedFiles;
+}
+
 std::int64_t ScriptedParticipant::leaveRoom(bool offline) {
+  Files closedFiles;
   const std::lock_guard lock(mutex_);
   const std::int64_t code = parts_.server->leave(member_, offline);
   for (auto& [key, source] : sources_) closed(source);
+  for (const auto& file : files_) file->publications.clear();
+  closedFiles = takeClosedFiles();
   return code;
 }
 

@@ -13,6 +13,8 @@
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
+#include "LumoRTCLocal/sdk/FilePlayback.h"
+#include "LumoRTCLocal/sdk/FileReading.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
 #include "LumoRTCLocal/server/LinkObserver.h"
 #include "LumoRTCLocal/server/MediaServer.h"
@@ -35,6 +37,9 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
     std::uint32_t sourceNumber = 0;
     VideoFormat video;
     std::unique_ptr<VideoSource> camera;  ///< null: the test picture
+    std::shared_ptr<Runner> sdk;          ///< ends what files publish
+    std::shared_ptr<Runner> decoding;     ///< decodes the sound of files
+    std::shared_ptr<FilePlayback> files;
   };
 
   using Media = LumoRTCLocal::Media;
@@ -55,6 +60,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::int64_t publishVideo() override;
   std::int64_t publish(const std::string& tag, Media media,
                        std::optional<std::uint32_t> sourceNumber) override;
+  std::int64_t publishFile(const std::string& tag, const std::string& path) override;
   std::int64_t unpublishAudio() override;
   std::int64_t unpublishVideo() override;
   std::int64_t unpublish(const std::string& tag, Media media) override;
@@ -91,6 +97,14 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   };
   using SourceKey = std::pair<std::string, std::int64_t>;  ///< tag, media type
 
+  struct PublishedFile {
+    std::string tag;
+    std::shared_ptr<CameraPipeline> pipeline;
+    std::shared_ptr<FileReading> reading;
+    Publications publications;  ///< those that are still open
+  };
+  using Files = std::vector<std::shared_ptr<PublishedFile>>;
+
   /// Makes the receiver for the stream of a tag.
   struct Tap {
     std::function<std::shared_ptr<MediaReceiver>(const std::string& tag)> makeReceiver;
@@ -107,6 +121,13 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::shared_ptr<CameraPipeline> makePipeline(const std::string& tag, std::uint32_t number);
   void opened(Source& source, const std::shared_ptr<Publication>& publication, std::uint32_t number);
   static void closed(Source& source);
+  /// What is open under a tag; null: nothing.
+  std::shared_ptr<Publication> publicationOf(const std::string& tag, std::int64_t mediaType);
+  Publications makePublications(const PublishedFile& file);
+  void fileEnded(const std::shared_ptr<PublishedFile>& file);
+  /// Stops the files of which nothing is published any more.
+  /// @return what the caller drops after the lock
+  Files takeClosedFiles();
   std::int64_t setEnabled(const std::string& tag, std::int64_t mediaType, bool enabled);
   std::int64_t leaveRoom(bool offline);
   void receive(std::int64_t mediaType, std::shared_ptr<const Tap> tap);
@@ -118,6 +139,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::mutex mutex_;  ///< guards what follows; held over calls into the server, which never call back
   Parts parts_;
   std::map<SourceKey, Source> sources_;
+  Files files_;
   std::map<std::int64_t, std::shared_ptr<const Tap>> taps_;  ///< by media type
 };
 

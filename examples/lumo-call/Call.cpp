@@ -184,8 +184,19 @@ void Call::enterRoom() {
   act("publish mediaType=" + std::to_string(kMedia), [this] { return engine_->publish(kMedia); });
   act("setLocalView",
       [this] { return engine_->setLocalViewWithViewDelegate(gallery_.surfaceOf(kLocalUserId).view()); });
+  if (!options_.file.empty()) publishFile();
   gallery_.layout();
   playSounds();
+}
+
+void Call::publishFile() {
+  const std::string& tag = options_.tag;
+  act("createCustomStreamFromFile tag=" + tag,
+      [&] { return engine_->createCustomStreamFromFile(options_.file, tag, false, true); });
+  act("setLocalCustomStreamView tag=" + tag, [&] {
+    return engine_->setLocalCustomStreamViewWithViewDelegate(gallery_.surfaceOf(tag + " (file)").view(), tag);
+  });
+  act("publishCustomStream tag=" + tag, [&] { return engine_->publishCustomStream(tag); });
 }
 
 void Call::receive(const std::string& userId, std::int64_t mediaType) {

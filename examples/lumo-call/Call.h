@@ -48,6 +48,7 @@ class Call {
   void planScript();
   void bring(std::size_t number);
   void enterRoom();
+  void publishFile();
   void receive(const std::string& userId, std::int64_t mediaType);
   void playSounds();
   void stopRecording();

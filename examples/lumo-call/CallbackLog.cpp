@@ -72,6 +72,8 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
   print(d.onAudioEffectCreated, "onAudioEffectCreated", {"effectId", "code", "message"});
   print(d.onAudioMixingStarted, "onAudioMixingStarted", {});
   print(d.onAudioMixingFinished, "onAudioMixingFinished", {});
+  print(d.onCustomStreamPublished, "onCustomStreamPublished", {"tag", "code", "message"});
+  print(d.onCustomStreamPublishFinished, "onCustomStreamPublishFinished", {"tag"});
   print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
   print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
 }

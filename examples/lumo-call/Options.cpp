@@ -72,6 +72,8 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
                  "Write what the speaker plays (speaker.wav) and what the others hear (microphone.wav)")
       ->type_name("DIR");
   app.add_flag("--play", options.play, "Play the call on the sound output of this machine");
+  app.add_option("--file", options.file, "Media file to publish beside the camera")->type_name("FILE");
+  app.add_option("--tag", options.tag, "What the file's stream is called (default: file)")->type_name("NAME");
   app.add_option("--seconds", options.seconds, "How long the call lasts (default: 5)")
       ->type_name("N")
       ->check(checkSeconds);

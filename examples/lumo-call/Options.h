@@ -14,13 +14,15 @@ struct CallOptions {
   std::vector<std::string>
       names;  ///< of the scripted participants; each differs from the others and from "you"
   std::string roomId = "demo";
-  std::string camera;  ///< a video file or capture device; empty: the test picture
-  std::string sheet;   ///< where the contact sheet goes; empty: nowhere
-  std::string music;   ///< path or file URL of what is mixed into the call; empty: nothing
-  std::string effect;  ///< path or file URL of a sound effect; empty: none
-  std::string record;  ///< the folder for speaker.wav and microphone.wav; empty: none
-  bool play = false;   ///< on the machine's sound output
-  double seconds = 5;  ///< above 0
+  std::string camera;        ///< a video file or capture device; empty: the test picture
+  std::string sheet;         ///< where the contact sheet goes; empty: nowhere
+  std::string music;         ///< path or file URL of what is mixed into the call; empty: nothing
+  std::string effect;        ///< path or file URL of a sound effect; empty: none
+  std::string record;        ///< the folder for speaker.wav and microphone.wav; empty: none
+  bool play = false;         ///< on the machine's sound output
+  std::string file;          ///< a media file to publish; empty: none
+  std::string tag = "file";  ///< under which it is published
+  double seconds = 5;        ///< above 0
   SurfaceKind surface = SurfaceKind::native;
   bool log = false;
 };

@@ -212,5 +212,27 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
   EXPECT_EQ((Lines{"published clip 0"}), takeLines()) << "left in the middle";
 }
 
+TEST_F(FileStreamTest, ParticipantsPublishFilesAsTwoStreams) {
+  const std::string path = writeClip(folder, "a.mkv", kClip);
+  EXPECT_EQ(LocalCodeFileFailed, anna->publishFile("film", folder.path("missing")));
+  EXPECT_EQ(LocalCodeNotACustomTag, anna->publishFile(kLMRTCDefaultStreamTag, path));
+  for (const bool toTheEnd : {true, false}) {
+    ASSERT_EQ(0, anna->publishFile("film", path));
+    EXPECT_EQ(LocalCodeAlreadyPublished, anna->publishFile("film", path));
+    advance(0us);
+    EXPECT_EQ((Lines{"anna publishes film 2"}), takeLines());
+    ASSERT_EQ(0, engine->subscribeCustomStream("anna", "film", kBoth, false));
+    EXPECT_EQ("10 0 | - | 10", levels()) << "heard on the speaker";
+    ASSERT_EQ(0, anna->mute("film", true));
+    EXPECT_EQ("10 0 | - | 0", levels());
+    if (!toTheEnd) {
+      ASSERT_EQ(0, anna->unpublish("film", Media::audioAndVideo));
+    }
+    advance(toTheEnd ? 700ms : 0ms);
+    EXPECT_EQ((Lines{"anna unpublishes film 2"}), takeLines());
+    ASSERT_EQ(0, anna->mute("film", false));
+  }
+}
+
 }  // namespace
 }  // namespace lumo::test
