@@ -94,7 +94,7 @@ TEST_F(LifecycleTest, ADestroyedEngineFindsNothingAndANewOneStandsBesideIt) {
   trace->take();
   EXPECT_EQ(LMRTCWrapperCodeLocalUserNotJoined, old->publish(0));
   EXPECT_EQ("", old->getSessionId());
-  EXPECT_EQ(0, old->setAudioConfig(nullptr) + LMRTCWrapperCodeParameterError * -1);
+  EXPECT_EQ(LMRTCWrapperCodeParameterError, old->setAudioConfig(nullptr));
   EXPECT_TRACE("T publish type:0", "E publish msg:room is nil or localUser is nil or iwRoomSetup is nil",
                "T getSessionId", "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil",
                "T setAudioConfig quality:0,scenario:0,recordingVolume:0",

@@ -11,7 +11,6 @@
 #include "LumoRTCLibWrapper/model/LMRTCIWVideoConfig.h"
 #include "LumoRTCLibWrapper/util/LMIWFormat.h"
 #include "LumoRTCLibWrapper/util/LMIWJson.h"
-#include "LumoRTCLibWrapper/util/LMIWLog.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWCodeDefine.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWConfigUtility.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWConverter.h"
@@ -183,11 +182,6 @@ TEST(Format, FillsPlaceholdersInOrderAndCopiesTheRest) {
       {lumo::format("", {}), ""},
   };
   for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
-}
-
-TEST(Log, TagsCarryTheMethodBeforeTheStatus) {
-  EXPECT_EQ("IW/RTC-joinRoom-E", LMIMIWLog::getTagWithStatus("E", "joinRoom"));
-  EXPECT_EQ("IW/RTC--T", LMIMIWLog::getTagWithStatus("T", ""));
 }
 
 }  // namespace
