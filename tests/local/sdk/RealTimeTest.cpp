@@ -2,6 +2,7 @@
 #include <mutex>
 #include <thread>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
 #include "tests/local/sdk/LocalSdkTest.h"
 
 namespace {

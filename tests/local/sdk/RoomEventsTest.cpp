@@ -110,8 +110,7 @@ TEST_F(RoomEventsTest, ALeftRoomTellsNothingMore) {
   recorder->onEvent = [this] { engine->leaveRoom({}); };
   EXPECT_EQ(0, anna->kick("me", 1));
   local->advance(0us);
-  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 1", "kicked r 1 in"}),
-            takeTrace());
+  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 1", "kicked r 1 in"}), takeTrace());
   EXPECT_EQ(nullptr, room->localUser());
   EXPECT_EQ(0, anna->unpublishAudio());
   local->advance(0us);
