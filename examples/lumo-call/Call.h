@@ -7,10 +7,10 @@
 
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/media/Timeline.h"
-#include "examples/lumo-call/CallbackLog.h"
 #include "examples/lumo-call/Gallery.h"
 #include "examples/lumo-call/LevelMeter.h"
 #include "examples/lumo-call/Options.h"
+#include "examples/support/CallbackLog.h"
 
 class LMRTCIWEngine;
 struct LMRTCIWEngineDelegate;

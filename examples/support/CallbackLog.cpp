@@ -1,4 +1,4 @@
-#include "examples/lumo-call/CallbackLog.h"
+#include "examples/support/CallbackLog.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,6 +74,24 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
   print(d.onAudioMixingFinished, "onAudioMixingFinished", {});
   print(d.onCustomStreamPublished, "onCustomStreamPublished", {"tag", "code", "message"});
   print(d.onCustomStreamPublishFinished, "onCustomStreamPublishFinished", {"tag"});
+  print(d.onLiveMixLayoutModeSet, "onLiveMixLayoutModeSet", {"code", "message"});
+  print(d.onLiveMixRenderModeSet, "onLiveMixRenderModeSet", {"code", "message"});
+  print(d.onLiveMixBackgroundColorSet, "onLiveMixBackgroundColorSet", {"code", "message"});
+  print(d.onLiveMixCustomLayoutsSet, "onLiveMixCustomLayoutsSet", {"code", "message"});
+  print(d.onLiveMixCustomAudiosSet, "onLiveMixCustomAudiosSet", {"code", "message"});
+  print(d.onLiveMixAudioBitrateSet, "onLiveMixAudioBitrateSet", {"code", "message"});
+  print(d.onLiveMixVideoBitrateSet, "onLiveMixVideoBitrateSet", {"tiny", "code", "message"});
+  print(d.onLiveMixVideoResolutionSet, "onLiveMixVideoResolutionSet", {"tiny", "code", "message"});
+  print(d.onLiveMixVideoFpsSet, "onLiveMixVideoFpsSet", {"tiny", "code", "message"});
+  print(d.onLiveCdnAdded, "onLiveCdnAdded", {"url", "code", "message"});
+  print(d.onLiveCdnRemoved, "onLiveCdnRemoved", {"url", "code", "message"});
+  print(d.onLiveMixInnerCdnStreamEnabled, "onLiveMixInnerCdnStreamEnabled", {"enable", "code", "message"});
+  print(d.onLiveMixInnerCdnStreamSubscribed, "onLiveMixInnerCdnStreamSubscribed", {"code", "message"});
+  print(d.onLiveMixInnerCdnStreamUnsubscribed, "onLiveMixInnerCdnStreamUnsubscribed", {"code", "message"});
+  print(d.onLocalLiveMixInnerCdnVideoResolutionSet, "onLocalLiveMixInnerCdnVideoResolutionSet",
+        {"code", "message"});
+  print(d.onLocalLiveMixInnerCdnVideoFpsSet, "onLocalLiveMixInnerCdnVideoFpsSet", {"code", "message"});
+  print(d.onLiveRoleSwitched, "onLiveRoleSwitched", {"role", "code", "message"});
   print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
   print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
 }

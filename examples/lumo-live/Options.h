@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+/// What the command line asks for.
+struct LiveOptions {
+  std::size_t broadcasters = 3;        ///< scripted ones, 1 to 16
+  double seconds = 1;                  ///< that each step lasts, above 0
+  std::vector<std::string> addresses;  ///< to which the mix is pushed
+  std::string pictures;                ///< folder for a picture of the mix per step; empty: none
+  std::string roomId = "live";
+  bool log = false;
+};
+
+/// How the program ends when there is nothing to run.
+struct ExitCode {
+  int value = 0;
+};
+
+/// Reads the command line. Writes the help to standard output, and what is wrong with the options, together
+/// with the usage, to standard error.
+std::variant<LiveOptions, ExitCode> parseOptions(int argc, const char* const* argv);
