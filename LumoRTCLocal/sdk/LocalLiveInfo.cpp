@@ -27,11 +27,13 @@ void LocalLiveInfo::removePublishStreamUrl(const std::string& url, Completion co
 }
 
 void LocalLiveInfo::enableInnerCDN(bool enabled, SwitchCompletion completion) {
-  context_->operations->run("enableInnerCDN", [server = context_->server, member = member_, enabled,
-                                               completion = std::move(completion)](std::int64_t refusal) {
-    const std::int64_t code = refusal != 0 ? refusal : server->enableCdn(member, enabled);
-    if (completion) completion(code == LocalCodeSuccess, code);
-  });
+  context_->operations->run(
+      "enableInnerCDN", [server = context_->server, sdk = context_->sdk, member = member_, enabled,
+                         completion = std::move(completion)](std::int64_t refusal) {
+        const std::int64_t code = refusal != 0 ? refusal : server->enableCdn(member, enabled);
+        // After the event that shows the stream in the room, so that the host can subscribe to it at once.
+        if (completion) sdk->post([completion, code] { completion(code == LocalCodeSuccess, code); });
+      });
 }
 
 void LocalLiveInfo::changePushes(std::string_view operation, Push push, const std::string& url,

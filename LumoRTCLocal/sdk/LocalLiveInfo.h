@@ -22,6 +22,7 @@ class LocalLiveInfo : public LMRTCLiveInfo {
   void addPublishStreamUrl(const std::string& url, Completion completion) override;
   /// Completes when everything has been sent and the address is closed.
   void removePublishStreamUrl(const std::string& url, Completion completion) override;
+  /// Completes when the room shows the stream, or no longer.
   void enableInnerCDN(bool enabled, SwitchCompletion completion) override;
 
  private:

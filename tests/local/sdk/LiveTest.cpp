@@ -91,7 +91,12 @@ class LiveTest : public LocalSdkTest {
     return answerOf([&](auto done) { info->removePublishStreamUrl(address, done); });
   }
   std::int64_t enableCdn(bool enabled) {
-    return answerOf([&](auto done) { info->enableInnerCDN(enabled, plain(done)); });
+    return answerOf([&](auto done) {
+      info->enableInnerCDN(enabled, [=, this](bool success, std::int64_t code) {
+        EXPECT_EQ(success && enabled, success && room->getCDNStream()) << "the event comes first";
+        plain(done)(success, code);
+      });
+    });
   }
   /// "succeeded", "kicked" or the code of the failure.
   std::string switchTo(std::int64_t role, const LMRTCMixConfig* config = nullptr) {
