@@ -52,11 +52,16 @@ TEST_F(CameraInputTest, JumpsWithinALongFileAndKeepsAStill) {
 }
 
 TEST_F(CameraInputTest, SaysWhatIsWrong) {
-  const auto result = openCamera("/dev/null");
-  EXPECT_EQ(nullptr, result.source);
-  EXPECT_EQ("/dev/null cannot be opened: Inappropriate ioctl for device", result.error);
-  const auto sound = writeClip(folder_, "sound.wav", {.pictures = 0, .toneHz = 300});
-  EXPECT_EQ(sound + " has no picture", openCamera(sound).error);
+  const std::pair<std::string, std::string> cases[] = {
+      {writeClip(folder_, "sound.wav", {.pictures = 0, .toneHz = 300}), "has no picture"},
+      {folder_.path("none.mp4"), "cannot be opened: No such file or directory"},
+      {"/dev/null", "cannot be opened: Inappropriate ioctl for device"},
+  };
+  for (const auto& [path, problem] : cases) {
+    const auto result = openCamera(path);
+    EXPECT_EQ(nullptr, result.source);
+    EXPECT_EQ(path + " " + problem, result.error);
+  }
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
+#include "LumoRTCLocal/sdk/LocalVideoView.h"
 #include "tests/local/sdk/LocalSdkTest.h"
 
 namespace {
@@ -26,6 +27,27 @@ class Counter {
   std::mutex mutex_;
   std::condition_variable changed_;
   int count_ = 0;
+};
+
+/// Stays in its first frame until it is let go.
+class BlockedRenderer : public LMRTCVideoRenderer {
+ public:
+  void setSize(double, double) override {}
+  void renderFrame(const LMRTCVideoFrame& frame) override {
+    std::unique_lock lock(mutex);
+    times.push_back(frame.timestampMs);
+    changed.notify_all();
+    if (times.size() == 1) changed.wait_for(lock, kPatience, [this] { return released; });
+  }
+  bool reaches(std::size_t count) {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, kPatience, [&] { return times.size() >= count; });
+  }
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool released = false;
+  std::vector<std::int64_t> times;
 };
 
 struct CountingRenderer : LMRTCVideoRenderer {
@@ -60,6 +82,35 @@ class RealTimeTest : public ::testing::Test {
   std::shared_ptr<LumoRTCLocal> local = LumoRTCLocal::install();
   std::shared_ptr<LMRTCEngine> engine = LMRTCEngine::sharedInstance();
 };
+
+TEST_F(RealTimeTest, ASlowRendererSkipsFrames) {
+  const auto anna = local->join("r", "anna").participant;
+  std::atomic<std::int64_t> newest{0};
+  Counter sent;
+  anna->onVideo([&](const std::string&, const LMRTCVideoFrame& frame) {
+    newest = frame.timestampMs;
+    sent.add();
+  });
+  const auto slow = std::make_shared<BlockedRenderer>();
+  engine->defaultVideoStream()->setVideoView(slow);
+  ASSERT_TRUE(slow->reaches(1));
+  const auto room = join();
+  Counter published;
+  room->localUser()->publishStreams({engine->defaultVideoStream()}, counting(published));
+  ASSERT_TRUE(sent.reaches(4));
+
+  const std::int64_t seen = newest;
+  {
+    const std::lock_guard lock(slow->mutex);
+    EXPECT_EQ(1u, slow->times.size());
+    slow->released = true;
+    slow->changed.notify_all();
+  }
+  ASSERT_TRUE(slow->reaches(2));
+  const std::lock_guard lock(slow->mutex);
+  EXPECT_GE(slow->times[1], seen) << "the newest frame, not one that waited";
+  EXPECT_TRUE(published.reaches(1));
+}
 
 TEST_F(RealTimeTest, ACallWhileOthersComeAndGo) {
   const auto anna = local->join("r", "anna").participant;

@@ -22,9 +22,12 @@ class RoomRulesTest : public LocalSdkTest {
   }
 };
 
-TEST_F(RoomRulesTest, Joining) {
+TEST_F(RoomRulesTest, CodeTexts) {
   EXPECT_EQ("Success", LMRTCCodeDefine::codeDesc(0));
   EXPECT_EQ("Unknown code", LMRTCCodeDefine::codeDesc(-7));
+}
+
+TEST_F(RoomRulesTest, Joining) {
   engine->unInit();
   expectRefused(LocalCodeNotInitialised, "The engine is not initialised", join("r"));
   engine->initWithConfig(LMRTCConfig());

@@ -256,10 +256,12 @@ TEST_F(VideoFlowTest, TheViewPaintsTheNewestFrame) {
   EXPECT_NE(black, background) << "stretched";
   view->setFillMode(LMRTCVideoFillModeAspectFit);
   EXPECT_EQ(black, pixel(1, 1));
+  EXPECT_EQ(background, pixel(52, 1));
   const Bitmap plain = view->snapshot();
   view->setIsPreviewMirror(true);
   EXPECT_NE(plain.bgra, view->snapshot().bgra);
   view->setFrame({0, 0, 30, 60});
+  EXPECT_EQ(30 * 60 * 4, static_cast<int>(view->snapshot().bgra.size()));
   EXPECT_NE(black, pixel(0, 0)) << "fits exactly";
   view->setFrame({0, 0, -5, 60});
   EXPECT_TRUE(view->snapshot().bgra.empty());
