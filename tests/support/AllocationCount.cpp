@@ -34,6 +34,8 @@ void* operator new(std::size_t size) { return counted(size); }
 void* operator new[](std::size_t size) { return counted(size); }
 void* operator new(std::size_t size, std::align_val_t alignment) { return counted(size, alignment); }
 void* operator new[](std::size_t size, std::align_val_t alignment) { return counted(size, alignment); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return counted(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return counted(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
