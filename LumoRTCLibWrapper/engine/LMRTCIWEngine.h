@@ -83,8 +83,12 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   LMRTCIWEngine& operator=(const LMRTCIWEngine&) = delete;
 
   /// Empties every cache, un-initialises the SDK and gives the instance up, so that the next `create` makes a
-  /// new one. It does not leave the room first and keeps the listener and the single observers installed. May
-  /// be called inside any callback, but not at the same time as `create` on another thread.
+  /// new one. It does not leave the room first and keeps the listener and the single observers installed. Not
+  /// at the same time as `create` on another thread.
+  ///
+  /// When it has returned no callback starts any more. It waits for callbacks that run on other threads, so
+  /// do not hold a lock meanwhile that a callback takes. May be called inside any callback: then it does not
+  /// wait, and callbacks that run on other threads may end after it.
   void destroy();
 
   /// Forgets the size and frame rate set for the inner CDN stream; every `leaveRoom` ends with it.

@@ -254,7 +254,8 @@ std::int64_t LMRTCIWEngine::getAudioMixingDuration() {
 }
 
 void LMRTCIWEngine::didReportPlayingProgress(float progress) {
-  if (destroyed_) return;
+  const auto pass = callbackGate_.enter();
+  if (!pass) return;
   setAudioMixPlayProgress(static_cast<double>(progress));
   notify(&Delegate::onAudioMixingProgressReported, progress);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -9,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "LumoRTCLibWrapper/engine/CallbackGate.h"
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineState.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStatusReport.h"
 #include "LumoRTCLibWrapper/util/LMIWFormat.h"
@@ -40,10 +40,10 @@ class LMRTCIWEngineBase : public LMRTCIWEngineState {
 
   // Calling the listener; the bodies are in Notify.h
 
-  /// The listener's callback: null when the listener is gone, leaves the field empty, or the engine was
-  /// destroyed. Keeps the listener alive while it is held.
+  /// The listener's callback: nothing when the listener is gone, leaves the field empty, or the engine was
+  /// destroyed.
   template <class Callback>
-  std::shared_ptr<const Callback> listener(Callback LMRTCIWEngineDelegate::*field) const;
+  lumo::HostCallback<Callback> listener(Callback LMRTCIWEngineDelegate::*field) const;
 
   /// Calls the listener's callback, if there is one. @return whether it was called
   template <class... Parameters, class... Arguments>
@@ -138,16 +138,20 @@ class LMRTCIWEngineBase : public LMRTCIWEngineState {
   void notifyPerStream(CustomStreamCallback LMRTCIWEngineDelegate::*field, const InputStreams& streams,
                        std::int64_t code) const;
 
+  // Nothing is kept once the engine was destroyed.
+  void keepLiveInfo(std::shared_ptr<LMRTCLiveInfo> liveInfo);
   void keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo);
   void notifyRoleSwitched(std::int64_t code) const;
   void forgetSubRoom(const std::string& roomId);
 
   void notifyProbeFinished(std::int64_t code, const std::string& message) const;
 
-  std::shared_ptr<LMRTCIWStatsDelegate> statsListener() const;
+  lumo::HostCallback<LMRTCIWStatsDelegate> statsListener() const;
+  lumo::HostCallback<LMRTCIWNetworkProbeDelegate> probeListener() const;
   /// The reported statuses by stream id, completed by those of silent remote streams.
   std::unordered_map<std::string, LMRTCLiveAudioStatus> getFullAudioStates(
       const std::vector<LMRTCLiveAudioStatus>& statuses) const;
 
-  std::atomic<bool> destroyed_ = false;
+  /// Passed by whoever calls the host, or keeps what the engine's end clears. Closed by `destroy`.
+  lumo::CallbackGate callbackGate_;
 };

@@ -132,7 +132,7 @@ std::int64_t LMRTCIWEngine::publishCustomStream(const std::string& tag) {
         custom->stream, [weak = weak_from_this(), finish](bool success, std::int64_t code,
                                                           const std::shared_ptr<LMRTCLiveInfo>& liveInfo) {
           const auto self = weak.lock();
-          if (success && self && !self->destroyed_) self->setLiveInfo(liveInfo);
+          if (success && self) self->keepLiveInfo(liveInfo);
           finish(success, code);
         });
   }

@@ -133,7 +133,7 @@ std::int64_t LMRTCIWEngine::preconnectToMediaServer() {
 
 void LMRTCIWEngine::didReportProbeForms(const std::vector<LMRTCProbeForm>& forms) {
   for (const auto& form : forms) {
-    const auto observer = destroyed_ ? nullptr : probeTestDelegate_();
+    const auto observer = probeListener();
     if (!observer) return;
     const auto& up = observer->onNetworkProbeUpLinkStats;
     const auto& down = observer->onNetworkProbeDownLinkStats;
@@ -149,6 +149,12 @@ void LMRTCIWEngine::didRTCProbeInterrput(std::int64_t code) {
 }
 
 void LMRTCIWEngineBase::notifyProbeFinished(std::int64_t code, const std::string& message) const {
-  const auto observer = destroyed_ ? nullptr : probeTestDelegate_();
+  const auto observer = probeListener();
   if (observer && observer->onNetworkProbeFinished) observer->onNetworkProbeFinished(code, message);
+}
+
+lumo::HostCallback<LMRTCIWNetworkProbeDelegate> LMRTCIWEngineBase::probeListener() const {
+  auto pass = callbackGate_.enter();
+  auto observer = pass ? probeTestDelegate_() : nullptr;
+  return {std::move(pass), std::move(observer)};
 }

@@ -96,8 +96,13 @@ void LMRTCIWEngine::switchToAudience(LMRTCLocalUser& localUser) {
       });
 }
 
+void LMRTCIWEngineBase::keepLiveInfo(std::shared_ptr<LMRTCLiveInfo> liveInfo) {
+  if (const auto pass = callbackGate_.enter()) setLiveInfo(std::move(liveInfo));
+}
+
 void LMRTCIWEngineBase::keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo) {
-  if (destroyed_) return;
+  const auto pass = callbackGate_.enter();
+  if (!pass) return;
   setLiveInfo(std::move(liveInfo));
   const auto setup = iwRoomSetup();
   if (!setup) return;

@@ -142,7 +142,7 @@ std::int64_t LMRTCIWEngine::publishLive(const CallFrame& frame, LMRTCLocalUser& 
                                         std::int64_t mediaType, const OutputStreams& streams) {
   auto done = [self = shared_from_this(), frame, mediaType](bool, std::int64_t code,
                                                             const std::shared_ptr<LMRTCLiveInfo>& liveInfo) {
-    if (!self->destroyed_) self->setLiveInfo(liveInfo);
+    self->keepLiveInfo(liveInfo);
     frame.result(code, "callback:%@, code:%@, role:%@,type:%@",
                  {"onPublished", code, LMRTCIWRoleLiveBroadcaster, mediaType});
     self->notify(&LMRTCIWEngineDelegate::onPublished, mediaType, code, LMRTCCodeDefine::codeDesc(code));

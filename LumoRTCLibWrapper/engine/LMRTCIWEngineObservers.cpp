@@ -72,7 +72,8 @@ LMRTCAudioDataCallback LMRTCIWEngine::audioHook(bool wanted, Deliver deliverTo) 
   if (!wanted) return nullptr;
   return [weak = weak_from_this(), deliverTo](const LMRTCAudioData& data) {
     const auto self = weak.lock();
-    if (self && !self->destroyed_) deliverTo(*self, data);
+    if (!self) return;
+    if (const auto pass = self->callbackGate_.enter()) deliverTo(*self, data);
   };
 }
 
@@ -81,7 +82,9 @@ std::function<CMSampleBufferRef(const CMSampleBufferRef&)> LMRTCIWEngine::sample
   if (!wanted) return nullptr;
   return [weak = weak_from_this(), find](const CMSampleBufferRef& buffer) {
     const auto self = weak.lock();
-    return self && !self->destroyed_ ? process(find(*self), buffer) : buffer;
+    if (!self) return buffer;
+    const auto pass = self->callbackGate_.enter();
+    return pass ? process(find(*self), buffer) : buffer;
   };
 }
 
@@ -224,7 +227,8 @@ std::int64_t LMRTCIWEngine::setRemoteCustomAudioReceivedDelegate(const AudioObse
 
 void LMRTCIWEngine::willRenderCVPixelBufferRef(const CVPixelBufferRef& pixelBuffer,
                                                const std::shared_ptr<LMRTCVideoInputStream>& stream) {
-  if (destroyed_) return;
+  const auto pass = callbackGate_.enter();
+  if (!pass) return;
   PixelObserver observer;
   if (stream->mediaStreamType() == LMRTCMediaStreamTypeNormal) {
     observer = remoteVideoProcessedDelegates_.find(stream->userId()).value_or(nullptr);

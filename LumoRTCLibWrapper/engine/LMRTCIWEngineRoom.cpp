@@ -108,7 +108,7 @@ void LMRTCIWEngine::init(const std::shared_ptr<LMRTCIWEngineSetup>& setup) {
 void LMRTCIWEngine::destroy() {
   const auto self = shared_from_this();  // the shared instance may be the last owner
   LMIMIWLog::entry(__func__);
-  destroyed_ = true;
+  callbackGate_.close();
   setIwEngineSetup(nullptr);
   setRoom(nullptr);
   setLiveInfo(nullptr);
@@ -215,7 +215,8 @@ std::shared_ptr<LMRTCBaseRoom> LMRTCIWEngineBase::getRemoteUserRoom(const std::s
 void LMRTCIWEngine::handleJoined(std::int64_t code, const std::shared_ptr<LMRTCRoom>& joined,
                                  const LMRTCIWRoomSetup& setup) {
   lumo::Console::write("LMRTCIWEngine joinRoom completion code: %zd", {code});
-  const bool success = joined && code == 0 && !destroyed_;
+  const auto pass = callbackGate_.enter();
+  const bool success = joined && code == 0 && pass;
   if (success) {
     setRoom(joined);
     joined->setDelegate(asDelegate<LMRTCRoomEventDelegate>());

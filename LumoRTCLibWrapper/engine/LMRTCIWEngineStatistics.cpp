@@ -165,11 +165,11 @@ void LMRTCIWEngine::didReportStatusForm(const LMRTCStatusForm& form) {
   if (!listener) return;
   if (listener->onNetworkStats) listener->onNetworkStats(networkStats(form));
   for (const auto& status : form.sendStats) {
-    if (!destroyed_) reportSent(*listener, status);
+    if (!callbackGate_.isClosed()) reportSent(*listener, status);
   }
   const auto rooms = allRooms();
   for (const auto& status : form.recvStats) {
-    if (!destroyed_) reportReceived(*listener, rooms, status);
+    if (!callbackGate_.isClosed()) reportReceived(*listener, rooms, status);
   }
 }
 
@@ -178,7 +178,7 @@ void LMRTCIWEngine::didReportLiveAudioStatus(const std::vector<LMRTCLiveAudioSta
   if (!listener) return;
   for (const auto& [streamId, status] : getFullAudioStates(statuses)) {
     const std::size_t tagStart = status.userId().size() + 1;
-    if (destroyed_ || streamId.size() < tagStart) continue;
+    if (callbackGate_.isClosed() || streamId.size() < tagStart) continue;
     const auto tag = streamId.substr(tagStart);
     if (tag == kLMRTCDefaultStreamTag) {
       call(listener->onLiveMixMemberAudioStats, status.userId(), status.audioLevel());
@@ -204,8 +204,10 @@ std::unordered_map<std::string, LMRTCLiveAudioStatus> LMRTCIWEngineBase::getFull
   return states;
 }
 
-std::shared_ptr<LMRTCIWStatsDelegate> LMRTCIWEngineBase::statsListener() const {
-  return destroyed_ ? nullptr : statsDelegate_();
+lumo::HostCallback<LMRTCIWStatsDelegate> LMRTCIWEngineBase::statsListener() const {
+  auto pass = callbackGate_.enter();
+  auto observer = pass ? statsDelegate_() : nullptr;
+  return {std::move(pass), std::move(observer)};
 }
 
 std::vector<std::shared_ptr<LMRTCBaseRoom>> LMRTCIWEngineBase::allRooms() const {

@@ -75,7 +75,8 @@ std::int64_t LMRTCIWEngine::joinSubRoom(const std::string& roomId) {
   engine->joinOtherRoom(
       roomId, [self = shared_from_this(), frame, roomId](std::int64_t code, const OtherRoomPtr& room) {
         Console::write("LMRTCIWEngine joinSubRoom completion code: %zd", {code});
-        const bool success = room && code == 0 && !self->destroyed_;
+        const auto pass = self->callbackGate_.enter();
+        const bool success = room && code == 0 && pass;
         if (success) {
           room->setDelegate(self->asDelegate<LMRTCOtherRoomEventDelegate>());
           self->subs_.insertOrAssign(roomId, room);

@@ -7,11 +7,11 @@
 // The bodies of LMRTCIWEngine's helpers for calling the host; included by the engine's sources only.
 
 template <class Callback>
-std::shared_ptr<const Callback> LMRTCIWEngineBase::listener(Callback LMRTCIWEngineDelegate::*field) const {
-  if (destroyed_) return nullptr;
-  const auto delegate = engineDelegate();
-  if (!delegate || !((*delegate).*field)) return nullptr;
-  return {delegate, &((*delegate).*field)};
+lumo::HostCallback<Callback> LMRTCIWEngineBase::listener(Callback LMRTCIWEngineDelegate::*field) const {
+  auto pass = callbackGate_.enter();
+  const auto delegate = pass ? engineDelegate() : nullptr;
+  if (!delegate || !((*delegate).*field)) return {};
+  return {std::move(pass), std::shared_ptr<const Callback>(delegate, &((*delegate).*field))};
 }
 
 template <class... Parameters, class... Arguments>
