@@ -69,27 +69,34 @@ class RecordingView : public LMRTCIWViewDelegate, fake::Counted {
       : trace_(std::move(trace)), name_(std::move(name)) {}
 
   std::int64_t getViewType() const override { return LMRTCIWViewTypeFlutter; }
-  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) override {
-    bound("setLocalView", stream.get());
+  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& s) override {
+    say(__func__, fake::word(s));
   }
-  void removeLocalView() override { trace_->add("view " + name_ + " removeLocalView"); }
-  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) override {
-    bound("setRemoteView", stream.get());
+  void removeLocalView() override { say(__func__); }
+  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& s) override {
+    say(__func__, fake::word(s));
   }
-  void removeRemoteView() override { trace_->add("view " + name_ + " removeRemoteView"); }
-  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) override {
-    bound("setInnerCdnView", stream.get());
+  void removeRemoteView() override { say(__func__); }
+  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& s) override {
+    say(__func__, fake::word(s));
   }
-  void removeInnerCdnView() override { trace_->add("view " + name_ + " removeInnerCdnView"); }
+  void removeInnerCdnView() override { say(__func__); }
 
  private:
-  void bound(const std::string& what, const LMRTCStream* stream) {
-    trace_->add("view " + name_ + " " + what + " " + (stream ? stream->streamId() : "nil"));
+  void say(const std::string& what, const std::string& stream = "") {
+    trace_->add("view " + name_ + " " + what + (stream.empty() ? "" : " ") + stream);
   }
 
   const std::shared_ptr<Trace> trace_;
   const std::string name_;
 };
+
+constexpr auto kNotJoined = LMRTCWrapperCodeLocalUserNotJoined;
+constexpr auto kBadParameter = LMRTCWrapperCodeParameterError;
+constexpr auto kNobody = LMRTCWrapperCodeRemoteUserNotJoined;
+constexpr auto kNoStream = LMRTCWrapperCodeStreamNotExist;
+constexpr auto kNotSupported = LMRTCWrapperCodeInterfaceNotSupport;
+constexpr auto kDestroyed = LMRTCWrapperCodeEngineDestroyed;
 
 /// An engine on the SDK double, with a listener that has every callback. Log, console, SDK and listener write
 /// to one trace. The end of a test destroys the engine and fails when anything of it is still alive.
@@ -97,8 +104,10 @@ class EngineTest : public ::testing::Test {
  protected:
   using Input = std::shared_ptr<LMRTCInputStream>;
   using Inputs = std::vector<Input>;
+  using Lines = std::vector<std::string>;
+  using Place = std::source_location;
 
-  void SetUp() override {
+  EngineTest() {
     LMRTCProvider::install(sdk);
     LMFwLog::getInstance().setSink([log = trace](const LMFwLogEntry& entry) { log->add(text(entry)); });
     Console::setSink([log = trace](const std::string& line) { log->add("console " + line); });
@@ -109,7 +118,8 @@ class EngineTest : public ::testing::Test {
     trace->take();
   }
 
-  void TearDown() override {
+  /// Runs after the members of a derived fixture are gone.
+  ~EngineTest() override {
     if (engine) engine->destroy();
     sdk->context->owed.clear();
     MainQueue::runPending();
@@ -127,31 +137,59 @@ class EngineTest : public ::testing::Test {
 
   /// Installs a new listener, with every callback but the named ones.
   void listen(const std::set<std::string>& without = {}) {
-    auto listener = std::make_shared<LMRTCIWEngineDelegate>();
-    forEachCallback(*listener, [this, &without](const std::string& name, auto& field) {
+    host = std::make_shared<LMRTCIWEngineDelegate>();
+    forEachCallback(*host, [this, &without](const std::string& name, auto& field) {
       if (!without.contains(name)) record(field, name);
     });
-    host = listener;
-    engine->setEngineDelegate(listener);
+    engine->setEngineDelegate(host);
   }
 
-  /// Checks the outcome of a call, an operation of the engine or an answer of the SDK, and its whole trace.
+  /// Checks the outcome of a call and its whole trace.
   template <class Outcome>
-  void expect(std::type_identity_t<Outcome> expected, const Outcome& actual,
-              const std::vector<std::string>& lines,
-              const std::source_location& place = std::source_location::current()) const {
+  void expect(std::type_identity_t<Outcome> expected, const Outcome& actual, const Lines& lines,
+              const Place& place = Place::current()) const {
     const ::testing::ScopedTrace scope(place.file_name(), static_cast<int>(place.line()), "");
     EXPECT_EQ(expected, actual);
     EXPECT_EQ(Trace::text(lines), trace->take());
   }
 
+  /// Completes the oldest call of the SDK and checks the whole trace of that.
+  void complete(std::int64_t code, const Lines& lines, const Place& place = Place::current()) const {
+    trace->take();
+    expect(true, sdk->complete(code), lines, place);
+  }
+
+  /// The same for a call that ends in a result line and in the callback: `result` is "method callback keys",
+  /// and `arguments` are those before the code.
+  void answer(std::int64_t code, const std::string& result, const std::string& arguments = "",
+              const Place& place = Place::current()) const {
+    std::istringstream parts(result);
+    std::string method, callback, keys;
+    std::getline(parts >> method >> callback >> std::ws, keys);
+    const std::string text = std::to_string(code);
+    const std::string status = code == 0 ? "R " : "E ";
+    complete(code,
+             {status + method + " callback:" + callback + ", code:" + text + ", " + keys,
+              "host " + callback + " " + arguments + (arguments.empty() ? "" : " ") + text +
+                  (code == 0 ? " ok" : " sdk" + text)},
+             place);
+  }
+
+  /// Joins "r1", with the trace of the completion alone.
+  void replay(std::shared_ptr<LMRTCIWRoomSetup> roomSetup = std::make_shared<LMRTCIWRoomSetup>()) {
+    EXPECT_EQ(0, engine->joinRoom("r1", roomSetup));
+    trace->take();
+    EXPECT_TRUE(sdk->complete());
+  }
   /// Joins "r1" and forgets the trace of it.
   void join(std::int64_t role = LMRTCIWRoleMeetingMember) {
-    auto roomSetup = std::make_shared<LMRTCIWRoomSetup>();
-    roomSetup->role = role;
-    EXPECT_EQ(0, engine->joinRoom("r1", roomSetup));
-    EXPECT_TRUE(sdk->complete());
+    replay(roomSetup(role));
     trace->take();
+  }
+  static std::shared_ptr<LMRTCIWRoomSetup> roomSetup(std::int64_t role) {
+    const auto made = std::make_shared<LMRTCIWRoomSetup>();
+    made->role = role;
+    return made;
   }
 
   /// Lets the SDK release the main room, as it does after leaving.
@@ -160,26 +198,24 @@ class EngineTest : public ::testing::Test {
     room = nullptr;
   }
 
-  Input audio(std::string user, std::int64_t state = 1) const {
-    return std::make_shared<fake::AudioInput>(
-        sdk->context, fake::StreamInfo{.userId = std::move(user), .resourceState = state});
+  /// Makes a fake of the SDK.
+  template <class Object, class... Arguments>
+  std::shared_ptr<Object> make(Arguments&&... arguments) const {
+    return std::make_shared<Object>(sdk->context, std::forward<Arguments>(arguments)...);
   }
-  Input video(std::string user, std::int64_t state = 1) const {
-    return std::make_shared<fake::VideoInput>(
-        sdk->context, fake::StreamInfo{.userId = std::move(user), .mediaType = 1, .resourceState = state});
-  }
-  /// Of any media type and stream kind; of the SDK's video stream class when it is video.
-  Input stream(std::string user, std::string tag, std::int64_t mediaType, std::int64_t kind = 1,
+  /// A stream of any media type and kind; of the SDK's video stream class when it is video.
+  Input stream(const std::string& user, const std::string& tag, std::int64_t mediaType, std::int64_t kind = 1,
                std::int64_t state = 1) const {
-    fake::StreamInfo info{std::move(user), std::move(tag), mediaType, kind, state};
-    if (mediaType == 1) return std::make_shared<fake::VideoInput>(sdk->context, std::move(info));
-    return std::make_shared<fake::OddInput>(sdk->context, std::move(info));
+    if (mediaType == 1) return make<fake::VideoInput>(user, tag, mediaType, kind, state);
+    return make<fake::OddInput>(user, tag, mediaType, kind, state);
   }
-
+  Input audio(const std::string& user) const { return make<fake::AudioInput>(user); }
+  Input video(const std::string& user, std::int64_t state = 1) const {
+    return stream(user, kLMRTCDefaultStreamTag, 1, 0, state);
+  }
   static std::shared_ptr<LMRTCRemoteUser> user(std::optional<std::string> id, Inputs streams = {}) {
     return std::make_shared<fake::RemoteUser>(std::move(id), std::move(streams));
   }
-
   std::shared_ptr<RecordingView> view(std::string name) const {
     return std::make_shared<RecordingView>(trace, std::move(name));
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <deque>
@@ -8,6 +9,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -42,46 +45,26 @@
 
 namespace lumo::fake {
 
+using Text = const std::string&;
+using Int = std::int64_t;
+
 /// Counts the fakes that are alive, so that a test can tell that nothing holds one any more.
 class Counted {
  public:
-  static int alive() { return count().load(); }
+  static int alive() { return count_.load(); }
 
  protected:
-  Counted() { ++count(); }
-  Counted(const Counted&) { ++count(); }
-  ~Counted() { --count(); }
+  Counted() { ++count_; }
+  Counted(const Counted&) { ++count_; }
+  ~Counted() { --count_; }
 
  private:
-  static std::atomic<int>& count() {
-    static std::atomic<int> alive{0};
-    return alive;
-  }
+  static inline std::atomic<int> count_{0};
 };
 
 /// What all fakes of one test share: the trace, and the completions that the SDK still owes.
 struct Context {
   using Completion = std::function<void(std::int64_t code)>;
-
-  void call(std::string_view format, FormatValues values = {}) {
-    trace->add("sdk " + lumo::format(format, values));
-  }
-
-  /// Writes the call down and owes its completion.
-  void ask(Completion completion, std::string_view format, FormatValues values = {}) {
-    call(format, values);
-    owe(std::move(completion));
-  }
-  /// The same for completions that are told of success too.
-  void ask(std::function<void(bool success, std::int64_t code)> completion, std::string_view format,
-           FormatValues values = {}) {
-    ask([done = std::move(completion)](std::int64_t code) { done(code == 0, code); }, format, values);
-  }
-
-  void owe(Completion completion) {
-    const std::lock_guard lock(mutex);
-    owed.push_back(std::move(completion));
-  }
 
   const std::shared_ptr<Trace> trace = std::make_shared<Trace>();
   std::mutex mutex;  ///< guards `owed`
@@ -89,44 +72,129 @@ struct Context {
 };
 using Shared = std::shared_ptr<Context>;
 
-struct StreamInfo {
-  std::string userId;
-  std::string tag = kLMRTCDefaultStreamTag;
-  std::int64_t mediaType = LMRTCMediaTypeAudio;
-  std::int64_t kind = LMRTCMediaStreamTypeNormal;
-  std::int64_t resourceState = LMRTCResourceStateNormal;
+/// How the trace shows an argument: listeners as "engine", streams as their names, other objects and hooks as
+/// "set", what is absent as "nil".
+template <class Value>
+std::string word(const Value& value) {
+  if constexpr (std::is_convertible_v<const Value&, FormatValue>) {
+    return lumo::format("%@", {value});
+  } else if constexpr (requires { value.expired(); }) {
+    return value.expired() ? "nil" : "engine";
+  } else if constexpr (requires { value->streamId(); }) {
+    return value ? value->streamId() : "nil";
+  } else {
+    return value ? "set" : "nil";
+  }
+}
+template <class Stream>
+std::string word(const std::vector<std::shared_ptr<Stream>>& streams) {
+  std::vector<std::string> ids;
+  for (const auto& one : streams) ids.push_back(one->streamId() + (one->mediaType() == 1 ? ":v" : ":a"));
+  return word(ids);
+}
+template <class Stream>
+std::string word(const std::optional<std::vector<std::shared_ptr<Stream>>>& streams) {
+  return streams ? word(*streams) : "nil";
+}
+inline std::string word(const UIRect& r) {
+  return lumo::format("%@,%@ %@x%@", {r.x, r.y, r.width, r.height});
+}
+inline std::string word(const LMRTCVideoStreamConfig& c) {
+  return lumo::format("%@-%@ fps %@ size %@",
+                      {c.minBitrate(), c.maxBitrate(), c.videoFps(), c.videoSizePreset()});
+}
+/// What the config sets, and nothing else.
+std::string word(const LMRTCMixConfig& config);
+
+/// An object of the SDK that writes down its calls, with `name` in front when it has one.
+template <class Base>
+class Fake : public Base, Counted {
+ public:
+  template <class... Arguments>
+  explicit Fake(Shared shared, Text name = {}, const Arguments&... arguments)
+      : Base(arguments...),
+        context(std::move(shared)),
+        prefix_(name.empty() ? "sdk " : "sdk " + name + ".") {}
+
+ protected:
+  template <class... Values>
+  void say(Text what, const Values&... values) const {
+    std::string line = prefix_ + what;
+    ((line += " " + word(values)), ...);
+    context->trace->add(line);
+  }
+  /// Writes the call down and owes its completion, which takes the code or success and the code.
+  template <class Done, class... Values>
+  void ask(Done done, Text what, const Values&... values) const {
+    say(what, values...);
+    const std::lock_guard lock(context->mutex);
+    context->owed.push_back([done = std::move(done)](Int code) {
+      if constexpr (std::is_invocable_v<const Done&, bool, Int>) {
+        done(code == 0, code);
+      } else {
+        done(code);
+      }
+    });
+  }
+
+  const Shared context;
+
+ private:
+  const std::string prefix_;
+};
+
+/// Adds the listener.
+template <class Base, class Listener>
+class Heard : public Base {
+ public:
+  using Base::Base;
+  void setDelegate(std::weak_ptr<Listener> listener) override {
+    this->say("setDelegate", listener);
+    listener_.set(std::move(listener));
+  }
+  /// The installed listener; an event is fired by calling it.
+  std::shared_ptr<Listener> events() const { return listener_.get().lock(); }
+
+ private:
+  Cell<std::weak_ptr<Listener>> listener_;
 };
 
 template <class Base>
-class Stream : public Base, Counted {
+class Stream : public Fake<Base> {
  public:
-  Stream(Shared context, StreamInfo info) : context_(std::move(context)), info_(std::move(info)) {}
+  explicit Stream(Shared shared, Text user, Text tag = kLMRTCDefaultStreamTag, Int mediaType = 0,
+                  Int kind = 0, Int state = LMRTCResourceStateNormal)
+      : Fake<Base>(std::move(shared), user + "_" + tag),
+        streamId_(user + "_" + tag),
+        userId_(user),
+        tag_(tag),
+        mediaType_(mediaType),
+        kind_(kind),
+        state_(state) {}
 
-  const std::string& streamId() const override { return streamId_; }
-  const std::string& userId() const override { return info_.userId; }
-  const std::string& tag() const override { return info_.tag; }
-  std::int64_t mediaType() const override { return info_.mediaType; }
-  std::int64_t mediaStreamType() const override { return info_.kind; }
-  void setIsMute(bool mute) override { call(mute ? "setIsMute 1" : "setIsMute 0"); }
+  Text streamId() const override { return streamId_; }
+  Text userId() const override { return userId_; }
+  Text tag() const override { return tag_; }
+  Int mediaType() const override { return mediaType_; }
+  Int mediaStreamType() const override { return kind_; }
+  void setIsMute(bool mute) override { this->say(__func__, mute); }
   bool isMute() const override { return false; }
 
- protected:
-  void call(const std::string& what) const { context_->call("%@.%@", {streamId_, what}); }
-  const StreamInfo& info() const { return info_; }
-
  private:
-  const Shared context_;
-  const StreamInfo info_;
-  const std::string streamId_ = info_.userId + "_" + info_.tag;
+  const std::string streamId_, userId_, tag_;
+  const Int mediaType_, kind_;
+
+ protected:
+  const Int state_;
 };
 
 template <class Base>
 class Input : public Stream<Base> {
  public:
   using Stream<Base>::Stream;
-  std::int64_t resourceState() const override { return this->info().resourceState; }
+  Int resourceState() const override { return this->state_; }
   void setAudioDataCallback(LMRTCAudioDataCallback callback) override {
-    this->call(callback ? "setAudioDataCallback hook" : "setAudioDataCallback nil");
+    this->say(__func__, callback);
     audioData.set(std::move(callback));
   }
 
@@ -139,545 +207,380 @@ template <class Base>
 class VisibleInput : public Input<Base> {
  public:
   using Input<Base>::Input;
-  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override {
-    this->call(view ? "setVideoView view" : "setVideoView nil");
-  }
+  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override { this->say(__func__, view); }
 };
 
 using AudioInput = Input<LMRTCAudioInputStream>;
-
-class VideoInput : public VisibleInput<LMRTCVideoInputStream> {
- public:
-  using VisibleInput::VisibleInput;
-  void setDelegate(std::weak_ptr<LMRTCVideoInputStreamDelegate> delegate) override {
-    call(delegate.expired() ? "setDelegate nil" : "setDelegate engine");
-    delegate_.set(std::move(delegate));
-  }
-  std::shared_ptr<LMRTCVideoInputStreamDelegate> events() const { return delegate_.get().lock(); }
-
- private:
-  Cell<std::weak_ptr<LMRTCVideoInputStreamDelegate>> delegate_;
-};
-
-class CdnInput : public VisibleInput<LMRTCCDNInputStream> {
- public:
-  CdnInput(Shared context, StreamInfo info)
-      : VisibleInput(context, std::move(info)), context_(std::move(context)) {}
-  void setVideoConfig(std::int64_t preset, std::int64_t fpsValue, Completion done) override {
-    call(lumo::format("setVideoConfig %@ %@", {preset, fpsValue}));
-    context_->owe([done = std::move(done)](std::int64_t code) { done(code == 0, code); });
-  }
-
- private:
-  const Shared context_;
-};
+using VideoInput = Heard<VisibleInput<LMRTCVideoInputStream>, LMRTCVideoInputStreamDelegate>;
 /// Says that it is of some media type, without being a stream class of the SDK.
 using OddInput = Input<LMRTCInputStream>;
 
+class CdnInput : public VisibleInput<LMRTCCDNInputStream> {
+ public:
+  using VisibleInput::VisibleInput;
+  void setVideoConfig(Int preset, Int fps, Completion done) override { ask(done, __func__, preset, fps); }
+};
+
 class Microphone : public Stream<LMRTCAudioOutputStream> {
  public:
-  explicit Microphone(Shared context) : Stream(std::move(context), {.userId = "me", .tag = "mic"}) {}
-  void setAudioQuality(std::int64_t quality, std::int64_t scenario) override {
-    call(lumo::format("setAudioQuality %@ %@", {quality, scenario}));
-  }
-  void setRecordingVolume(std::uint64_t volume) override {
-    call(lumo::format("setRecordingVolume %@", {volume}));
-  }
-  void setAudioCodecType(std::int64_t type) override { call(lumo::format("setAudioCodecType %@", {type})); }
-  void setMicrophoneDisable(bool disabled) override {
-    call(lumo::format("setMicrophoneDisable %@", {disabled}));
-  }
+  using Stream::Stream;
+  void setAudioQuality(Int quality, Int scenario) override { say(__func__, quality, scenario); }
+  void setRecordingVolume(std::uint64_t volume) override { say(__func__, volume); }
+  void setAudioCodecType(Int type) override { say(__func__, type); }
+  void setMicrophoneDisable(bool disabled) override { say(__func__, disabled); }
   void setRecordAudioDataCallback(LMRTCAudioDataCallback callback) override {
-    call(callback ? "setRecordAudioDataCallback hook" : "setRecordAudioDataCallback nil");
+    say(__func__, callback);
     recorded.set(std::move(callback));
   }
   void setWillSendAudioBufferCallback(LMRTCAudioDataCallback callback) override {
-    call(callback ? "setWillSendAudioBufferCallback hook" : "setWillSendAudioBufferCallback nil");
+    say(__func__, callback);
     willSend.set(std::move(callback));
   }
 
-  Cell<LMRTCAudioDataCallback> recorded;
-  Cell<LMRTCAudioDataCallback> willSend;
+  Cell<LMRTCAudioDataCallback> recorded, willSend;
 };
 
-class Camera : public Stream<LMRTCCameraVideoOutputStream> {
+template <class Base>
+class VideoOutput : public Stream<Base> {
  public:
-  explicit Camera(Shared context)
-      : Stream(std::move(context), {.userId = "me", .tag = "cam", .mediaType = LMRTCMediaTypeVideo}) {}
-  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override {
-    call(view ? "setVideoView view" : "setVideoView nil");
-  }
-  void setVideoConfig(const LMRTCVideoStreamConfig& config) override { configure("setVideoConfig", config); }
-  void setTinyVideoConfig(const LMRTCVideoStreamConfig& config) override {
-    configure("setTinyVideoConfig", config);
-  }
-  void setEnableTinyStream(bool enabled) override { call(lumo::format("setEnableTinyStream %@", {enabled})); }
-  void setIsEncoderMirror(bool mirror) override { call(lumo::format("setIsEncoderMirror %@", {mirror})); }
-  void setVideoSendBufferCallback(SendBufferCallback callback) override {
-    call(callback ? "setVideoSendBufferCallback hook" : "setVideoSendBufferCallback nil");
+  using Hook = LMRTCVideoOutputStream::SendBufferCallback;
+  using Stream<Base>::Stream;
+  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override { this->say(__func__, view); }
+  void setVideoConfig(const LMRTCVideoStreamConfig& config) override { this->say(__func__, config); }
+  void setVideoSendBufferCallback(Hook callback) override {
+    this->say(__func__, callback);
     willSend.set(std::move(callback));
   }
-  void startCapture() override { call("startCapture"); }
-  void stopCapture() override { call("stopCapture"); }
-  void setCameraPosition(std::int64_t newPosition) override {
-    call(lumo::format("setCameraPosition %@", {newPosition}));
-  }
-  std::int64_t cameraPosition() const override { return position; }
-  void switchCamera() override { call("switchCamera"); }
+
+  Cell<Hook> willSend;
+};
+
+class Camera : public VideoOutput<LMRTCCameraVideoOutputStream> {
+ public:
+  using VideoOutput::VideoOutput;
+  void setTinyVideoConfig(const LMRTCVideoStreamConfig& config) override { say(__func__, config); }
+  void setEnableTinyStream(bool enabled) override { say(__func__, enabled); }
+  void setIsEncoderMirror(bool mirror) override { say(__func__, mirror); }
+  void startCapture() override { say(__func__); }
+  void stopCapture() override { say(__func__); }
+  void setCameraPosition(Int newPosition) override { say(__func__, newPosition); }
+  Int cameraPosition() const override { return position; }
+  void switchCamera() override { say(__func__); }
   bool isCameraFocusSupported() const override { return supported; }
   bool isCameraExposurePositionSupported() const override { return supported; }
-  void setCameraFocusPositionInPreview(const UIPoint& point) override {
-    call(lumo::format("setCameraFocusPositionInPreview %@", {point}));
-  }
-  void setCameraExposurePositionInPreview(const UIPoint& point) override {
-    call(lumo::format("setCameraExposurePositionInPreview %@", {point}));
-  }
-  void setVideoOrientation(std::int64_t orientation) override {
-    call(lumo::format("setVideoOrientation %@", {orientation}));
-  }
-  bool setWaterMark(const std::shared_ptr<const UIImage>& image, const UIRect& p) override {
-    call(lumo::format("setWaterMark %@ %@,%@ %@x%@", {image ? "image" : "nil", p.x, p.y, p.width, p.height}));
+  void setCameraFocusPositionInPreview(const UIPoint& point) override { say(__func__, point); }
+  void setCameraExposurePositionInPreview(const UIPoint& point) override { say(__func__, point); }
+  void setVideoOrientation(Int orientation) override { say(__func__, orientation); }
+  bool setWaterMark(const std::shared_ptr<const UIImage>& image, const UIRect& place) override {
+    say(__func__, image, place);
     return supported;
   }
 
-  std::atomic<std::int64_t> position = LMRTCDeviceCameraFront;
+  std::atomic<Int> position = LMRTCDeviceCameraFront;
   std::atomic<bool> supported = true;  ///< what questions and the watermark are answered with
-  Cell<SendBufferCallback> willSend;
-
- private:
-  void configure(std::string_view name, const LMRTCVideoStreamConfig& c) {
-    call(lumo::format("%@ %@-%@ fps %@ size %@",
-                      {name, c.minBitrate(), c.maxBitrate(), c.videoFps(), c.videoSizePreset()}));
-  }
 };
 
 /// A file stream, as a custom stream of the local user.
-class FileOutput : public Stream<LMRTCFileVideoOutputStream> {
+class FileOutput : public Heard<VideoOutput<LMRTCFileVideoOutputStream>, LMRTCFileVideoOutputStreamDelegate> {
  public:
-  FileOutput(Shared context, std::string tag)
-      : Stream(std::move(context), {.userId = "me",
-                                    .tag = std::move(tag),
-                                    .mediaType = LMRTCMediaTypeVideo,
-                                    .kind = LMRTCMediaStreamTypeCustom}) {}
-  void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>&) override { call("setVideoView"); }
-  void setVideoConfig(const LMRTCVideoStreamConfig&) override { call("setVideoConfig"); }
-  void setVideoSendBufferCallback(SendBufferCallback callback) override {
-    call(callback ? "setVideoSendBufferCallback hook" : "setVideoSendBufferCallback nil");
-    willSend.set(std::move(callback));
-  }
-  void setDelegate(std::weak_ptr<LMRTCFileVideoOutputStreamDelegate> delegate) override {
-    call(delegate.expired() ? "setDelegate nil" : "setDelegate engine");
-    delegate_.set(std::move(delegate));
-  }
-  std::shared_ptr<LMRTCFileVideoOutputStreamDelegate> events() const { return delegate_.get().lock(); }
-  void stop() override { call("stop"); }
-
-  Cell<SendBufferCallback> willSend;
-
- private:
-  Cell<std::weak_ptr<LMRTCFileVideoOutputStreamDelegate>> delegate_;
+  FileOutput(Shared shared, Text tag) : Heard(std::move(shared), "me", tag, 1, 1) {}
+  void stop() override { say(__func__); }
 };
 
-class LiveInfo : public LMRTCLiveInfo, Counted {
+class LiveInfo : public Fake<LMRTCLiveInfo> {
  public:
-  explicit LiveInfo(Shared context) : context_(std::move(context)) {}
-
+  using Fake::Fake;
   void setMixConfig(const LMRTCMixConfig& config, Completion done) override {
-    context_->ask(std::move(done), "setMixConfig%@", {text(config)});
+    ask(done, "setMixConfig" + word(config));
   }
-  void addPublishStreamUrl(const std::string& url, Completion done) override {
-    context_->ask(std::move(done), "addPublishStreamUrl %@", {url});
-  }
-  void removePublishStreamUrl(const std::string& url, Completion done) override {
-    context_->ask(std::move(done), "removePublishStreamUrl %@", {url});
-  }
-  void enableInnerCDN(bool enabled, SwitchCompletion done) override {
-    context_->ask(std::move(done), "enableInnerCDN %@", {enabled});
-  }
-
- private:
-  /// What the config sets, and nothing else.
-  static std::string text(const LMRTCMixConfig& config) {
-    std::string out;
-    const auto add = [&out](std::string_view format, FormatValues values) {
-      out += lumo::format(format, values);
-    };
-    const auto& video = config.mediaConfig.videoConfig;
-    if (config.layoutMode) add(" layout:%@", {*config.layoutMode});
-    if (config.customMode) add(" custom:%@", {*config.customMode});
-    if (config.customLayouts) add(" layouts:%@", {config.customLayouts->size()});
-    for (const auto& l : config.customLayouts.value_or(std::vector<LMRTCCustomLayout>())) {
-      add(" %@[%@,%@ %@x%@]", {l.videoStream->streamId(), l.x, l.y, l.width, l.height});
-    }
-    if (config.customMixAudios) add(" audios:%@", {config.customMixAudios->size()});
-    for (const auto& audio : config.customMixAudios.value_or(std::vector<LMRTCCustomMixAudio>())) {
-      add(" %@", {audio.audioStream->streamId()});
-    }
-    if (video.backgroundColor()) add(" color:%@", {*video.backgroundColor()});
-    if (video.videoExtend.renderMode) add(" render:%@", {*video.videoExtend.renderMode});
-    if (config.mediaConfig.audioConfig.bitrate) add(" audio:%@", {config.mediaConfig.audioConfig.bitrate});
-    for (const auto* l : {&video.videoLayout, &video.tinyVideoLayout}) {
-      if (!l->fps && !l->width && !l->height && !l->bitrate) continue;
-      add(" %@:%@,%@,%@,%@",
-          {l == &video.videoLayout ? "normal" : "tiny", l->fps, l->width, l->height, l->bitrate});
-    }
-    return out;
-  }
-
-  const Shared context_;
+  void addPublishStreamUrl(Text url, Completion done) override { ask(done, __func__, url); }
+  void removePublishStreamUrl(Text url, Completion done) override { ask(done, __func__, url); }
+  void enableInnerCDN(bool enabled, SwitchCompletion done) override { ask(done, __func__, enabled); }
 };
+
+inline std::string word(const LMRTCMixConfig& config) {
+  std::string out;
+  const auto add = [&out](std::string_view format, FormatValues values) {
+    out += lumo::format(format, values);
+  };
+  const auto& video = config.mediaConfig.videoConfig;
+  if (config.layoutMode) add(" layout:%@", {*config.layoutMode});
+  if (config.customMode) add(" custom:%@", {*config.customMode});
+  if (config.customLayouts) add(" layouts:%@", {config.customLayouts->size()});
+  for (const auto& l : config.customLayouts.value_or(std::vector<LMRTCCustomLayout>())) {
+    add(" %@[%@,%@ %@x%@]", {l.videoStream->streamId(), l.x, l.y, l.width, l.height});
+  }
+  if (config.customMixAudios) add(" audios:%@", {config.customMixAudios->size()});
+  for (const auto& audio : config.customMixAudios.value_or(std::vector<LMRTCCustomMixAudio>())) {
+    add(" %@", {audio.audioStream->streamId()});
+  }
+  if (video.backgroundColor()) add(" color:%@", {*video.backgroundColor()});
+  if (video.videoExtend.renderMode) add(" render:%@", {*video.videoExtend.renderMode});
+  if (config.mediaConfig.audioConfig.bitrate) add(" audio:%@", {config.mediaConfig.audioConfig.bitrate});
+  for (const auto* l : {&video.videoLayout, &video.tinyVideoLayout}) {
+    if (!l->fps && !l->width && !l->height && !l->bitrate) continue;
+    const char* name = l == &video.videoLayout ? "normal" : "tiny";
+    add(" %@:%@,%@,%@,%@", {name, l->fps, l->width, l->height, l->bitrate});
+  }
+  return out;
+}
 
 class RemoteUser : public LMRTCRemoteUser, Counted {
  public:
-  RemoteUser(std::optional<std::string> id, std::vector<std::shared_ptr<LMRTCInputStream>> published)
+  using Streams = std::vector<std::shared_ptr<LMRTCInputStream>>;
+  RemoteUser(std::optional<std::string> id, Streams published)
       : id_(std::move(id)), streams_(std::move(published)) {}
   std::optional<std::string> userId() const override { return id_; }
-  std::vector<std::shared_ptr<LMRTCInputStream>> remoteStreams() const override { return streams_; }
+  Streams remoteStreams() const override { return streams_; }
 
  private:
   const std::optional<std::string> id_;
-  const std::vector<std::shared_ptr<LMRTCInputStream>> streams_;
+  const Streams streams_;
 };
 
-class LocalUser : public LMRTCLocalUser, Counted {
+class LocalUser : public Fake<LMRTCLocalUser> {
  public:
-  explicit LocalUser(Shared context) : context_(std::move(context)) {}
+  using Fake::Fake;
+  using Output = std::shared_ptr<LMRTCOutputStream>;
+  using MaybeInputs = std::optional<InputStreams>;
 
   /// What live publications deliver, whatever their code.
   Cell<std::shared_ptr<LMRTCLiveInfo>> nextLiveInfo;
-
   /// What the local user publishes. Set before threads use the user.
   OutputStreams published;
+  Int seiAnswer = 0;  ///< what `sendSEI` returns
+  /// Completes a role switch: 0 succeeds, this kicks, any other code fails.
+  static constexpr Int kKicked = -1;
 
-  const std::string& userId() const override { return id_; }
+  Text userId() const override { return id_; }
   OutputStreams streams() const override { return published; }
-  void publishStreams(const OutputStreams& streams, Completion done) override {
-    answer("publishStreams " + ids(streams), std::move(done));
+  void publishStreams(const OutputStreams& s, Completion done) override { ask(done, __func__, s); }
+  void unpublishStreams(const OutputStreams& s, Completion done) override { ask(done, __func__, s); }
+  void publishLiveStream(const Output& s, LiveCompletion done) override { ask(live(done), __func__, s); }
+  void publishDefaultLiveStreams(LiveCompletion done) override { ask(live(done), __func__); }
+  void unpublishLiveStream(const Output& s, Completion done) override { ask(done, __func__, s); }
+  void unpublishDefaultLiveStreams(Completion done) override { ask(done, __func__); }
+  void subscribeStream(const MaybeInputs& normal, const MaybeInputs& tiny, Completion done) override {
+    ask(done, __func__, normal, "tiny", tiny);
   }
-  void unpublishStreams(const OutputStreams& streams, Completion done) override {
-    answer("unpublishStreams " + ids(streams), std::move(done));
+  void unsubscribeStreams(const InputStreams& s, Completion done) override { ask(done, __func__, s); }
+  void publishStream(const Output& s, Completion done) override { ask(done, __func__, s); }
+  void unpublishStream(const Output& s, Completion done) override { ask(done, __func__, s); }
+  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster done, Failed failed,
+                           Kicked kicked) override {
+    const auto succeed = [done, info = nextLiveInfo.get()] { done(info); };
+    ask(switched(succeed, failed, kicked), __func__, config != nullptr);
   }
-  void publishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, LiveCompletion done) override {
-    answerLive("publishLiveStream " + stream->streamId(), std::move(done));
+  void switchToAudienceOnSucceed(std::function<void()> done, Failed failed, Kicked kicked) override {
+    ask(switched(done, failed, kicked), __func__);
   }
-  void publishDefaultLiveStreams(LiveCompletion done) override {
-    answerLive("publishDefaultLiveStreams", std::move(done));
+  void requestJoinOtherRoom(Text room, Text user, bool mix, Text extra, CodeCompletion done) override {
+    ask(done, __func__, room, user, mix, extra);
   }
-  void unpublishLiveStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion done) override {
-    answer("unpublishLiveStream " + stream->streamId(), std::move(done));
+  void cancelRequestJoinOtherRoom(Text room, Text user, Text extra, CodeCompletion done) override {
+    ask(done, __func__, room, user, extra);
   }
-  void unpublishDefaultLiveStreams(Completion done) override {
-    answer("unpublishDefaultLiveStreams", std::move(done));
+  void responseJoinOtherRoom(Text room, Text user, bool agree, bool mix, Text extra,
+                             CodeCompletion done) override {
+    ask(done, __func__, room, user, agree, mix, extra);
   }
-  void subscribeStream(const std::optional<InputStreams>& streams,
-                       const std::optional<InputStreams>& tinyStreams, Completion done) override {
-    answer("subscribeStream " + (streams ? ids(*streams) : "nil") + " tiny " +
-               (tinyStreams ? ids(*tinyStreams) : "nil"),
-           std::move(done));
-  }
-  void unsubscribeStreams(const InputStreams& streams, Completion done) override {
-    answer("unsubscribeStreams " + ids(streams), std::move(done));
-  }
-  void publishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion done) override {
-    answer("publishStream " + stream->streamId(), std::move(done));
-  }
-  void unpublishStream(const std::shared_ptr<LMRTCOutputStream>& stream, Completion done) override {
-    answer("unpublishStream " + stream->streamId(), std::move(done));
-  }
-  /// Completed with 0: succeeds; with kKicked: kicks; with any other code: fails.
-  static constexpr std::int64_t kKicked = -1;
-  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster onSucceed, Failed onFailed,
-                           Kicked onKicked) override {
-    context_->call("switchToBroadcaster %@", {config ? "config" : "nil"});
-    context_->owe([=, info = nextLiveInfo.get()](std::int64_t code) {
-      if (code == kKicked) return onKicked();
-      return code == 0 ? onSucceed(info) : onFailed(code);
-    });
-  }
-  void switchToAudienceOnSucceed(std::function<void()> onSucceed, Failed onFailed, Kicked onKicked) override {
-    context_->call("switchToAudienceOnSucceed");
-    context_->owe([=](std::int64_t code) {
-      if (code == kKicked) return onKicked();
-      return code == 0 ? onSucceed() : onFailed(code);
-    });
-  }
-  void requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool autoMix,
-                            const std::string& extra, CodeCompletion done) override {
-    context_->ask(std::move(done), "requestJoinOtherRoom %@ %@ %@ %@", {roomId, userId, autoMix, extra});
-  }
-  void cancelRequestJoinOtherRoom(const std::string& roomId, const std::string& userId,
-                                  const std::string& extra, CodeCompletion done) override {
-    context_->ask(std::move(done), "cancelRequestJoinOtherRoom %@ %@ %@", {roomId, userId, extra});
-  }
-  void responseJoinOtherRoom(const std::string& roomId, const std::string& userId, bool agree, bool autoMix,
-                             const std::string& extra, CodeCompletion done) override {
-    context_->ask(std::move(done), "responseJoinOtherRoom %@ %@ %@ %@ %@",
-                  {roomId, userId, agree, autoMix, extra});
-  }
-  void setEnableSEI(bool enabled, CodeCompletion done) override {
-    context_->ask(std::move(done), "setEnableSEI %@", {enabled});
-  }
-  std::int64_t sendSEI(const std::string& sei) override {
-    context_->call("sendSEI %@", {sei});
-    return seiAnswer;
-  }
-
-  std::int64_t seiAnswer = 0;  ///< what `sendSEI` returns
+  void setEnableSEI(bool enabled, CodeCompletion done) override { ask(done, __func__, enabled); }
+  Int sendSEI(Text sei) override { return say(__func__, sei), seiAnswer; }
 
  private:
-  template <class Streams>
-  static std::string ids(const Streams& streams) {
-    std::vector<std::string> ids;
-    for (const auto& stream : streams)
-      ids.push_back(stream->streamId() + (stream->mediaType() == 1 ? ":v" : ":a"));
-    return lumo::format("%@", {ids});
+  Context::Completion live(LiveCompletion done) const {
+    return [done = std::move(done), info = nextLiveInfo.get()](Int code) { done(code == 0, code, info); };
   }
-  void answer(const std::string& what, Completion done) { context_->ask(std::move(done), "%@", {what}); }
-  void answerLive(const std::string& what, LiveCompletion done) {
-    context_->call("%@", {what});
-    context_->owe([done = std::move(done), info = nextLiveInfo.get()](std::int64_t code) {
-      done(code == 0, code, info);
-    });
+  static Context::Completion switched(std::function<void()> done, Failed failed, Kicked kicked) {
+    return [=](Int code) {
+      if (code == kKicked) return kicked();
+      return code == 0 ? done() : failed(code);
+    };
   }
 
-  const Shared context_;
   const std::string id_ = "me";
 };
 
 /// What the main room and other rooms share. Set the fields before threads use the room.
-template <class Base, class Delegate>
-class BaseRoom : public Base, Counted {
+template <class Base>
+class AnyRoom : public Fake<Base> {
  public:
-  BaseRoom(Shared shared, std::string id) : context(std::move(shared)), id_(std::move(id)) {}
+  AnyRoom(Shared shared, Text id) : Fake<Base>(std::move(shared), id), id_(id) {}
 
   std::vector<std::shared_ptr<LMRTCRemoteUser>> users;
 
-  const std::string& roomId() const override { return id_; }
+  Text roomId() const override { return id_; }
   std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override { return users; }
-  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(const std::string& userId) const override {
-    for (const auto& user : users) {
-      if (user->userId() == userId) return user;
-    }
-    return nullptr;
+  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(Text userId) const override {
+    const auto found = std::ranges::find(users, userId, &LMRTCRemoteUser::userId);
+    return found == users.end() ? nullptr : *found;
   }
-  void setDelegate(std::weak_ptr<Delegate> delegate) override {
-    context->call("%@.setDelegate %@", {id_, delegate.expired() ? "nil" : "engine"});
-    delegate_.set(std::move(delegate));
-  }
-  /// The installed listener; an event is fired by calling it.
-  std::shared_ptr<Delegate> events() const { return delegate_.get().lock(); }
-
- protected:
-  const Shared context;
 
  private:
   const std::string id_;
-  Cell<std::weak_ptr<Delegate>> delegate_;
 };
 
-class Room : public BaseRoom<LMRTCRoom, LMRTCRoomEventDelegate> {
+class Room : public Heard<AnyRoom<LMRTCRoom>, LMRTCRoomEventDelegate> {
  public:
-  Room(Shared shared, std::string id) : BaseRoom(std::move(shared), std::move(id)) {}
+  using Heard::Heard;
 
   std::shared_ptr<LocalUser> me = std::make_shared<LocalUser>(context);
   std::vector<std::string> others;
   std::vector<std::shared_ptr<LMRTCInputStream>> live;
   std::shared_ptr<LMRTCCDNInputStream> cdn;
+  Cell<LMRTCAudioDataCallback> received;
 
   std::string sessionId() const override { return "session of " + roomId(); }
   std::shared_ptr<LMRTCLocalUser> localUser() const override { return me; }
   std::vector<std::string> otherRoomIdArray() const override { return others; }
   std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return live; }
   std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return cdn; }
-  void muteAllRemoteAudio(bool mute) override { context->call("%@.muteAllRemoteAudio %@", {roomId(), mute}); }
+  void muteAllRemoteAudio(bool mute) override { say(__func__, mute); }
   void setReceivedAudioBufferCallback(LMRTCAudioDataCallback callback) override {
-    context->call("%@.setReceivedAudioBufferCallback %@", {roomId(), callback ? "hook" : "nil"});
+    say(__func__, callback);
     received.set(std::move(callback));
   }
-
-  Cell<LMRTCAudioDataCallback> received;
 };
 
-using OtherRoom = BaseRoom<LMRTCOtherRoom, LMRTCOtherRoomEventDelegate>;
+using OtherRoom = Heard<AnyRoom<LMRTCOtherRoom>, LMRTCOtherRoomEventDelegate>;
 
-class EffectManager : public LMRTCAudioEffectManager, Counted {
+class EffectManager : public Fake<LMRTCAudioEffectManager> {
  public:
-  explicit EffectManager(Shared context) : context_(std::move(context)) {}
-  void playEffect(std::int64_t id, const std::string& path, std::int64_t loops, bool publish) override {
-    context_->call("playEffect %@ %@ %@ %@", {id, path, loops, publish});
+  using Fake::Fake;
+  void playEffect(Int id, Text path, Int loops, bool publish) override {
+    say(__func__, id, path, loops, publish);
   }
-  void setVolumeOfEffect(std::int64_t id, std::uint64_t volume) override {
-    context_->call("setVolumeOfEffect %@ %@", {id, volume});
-  }
-  std::int64_t getVolumeOfEffectId(std::int64_t id) const override { return 70 + id; }
-  void pauseEffect(std::int64_t id) override { context_->call("pauseEffect %@", {id}); }
-  void resumeEffect(std::int64_t id) override { context_->call("resumeEffect %@", {id}); }
-  void stopEffect(std::int64_t id) override { context_->call("stopEffect %@", {id}); }
-  void pauseAllEffects() override { context_->call("pauseAllEffects"); }
-  void resumeAllEffects() override { context_->call("resumeAllEffects"); }
-  void stopAllEffects() override { context_->call("stopAllEffects"); }
-  void setEffectsVolume(std::uint64_t volume) override { context_->call("setEffectsVolume %@", {volume}); }
-  std::int64_t getEffectsVolume() const override { return 60; }
-
- private:
-  const Shared context_;
+  void setVolumeOfEffect(Int id, std::uint64_t volume) override { say(__func__, id, volume); }
+  Int getVolumeOfEffectId(Int id) const override { return 70 + id; }
+  void pauseEffect(Int id) override { say(__func__, id); }
+  void resumeEffect(Int id) override { say(__func__, id); }
+  void stopEffect(Int id) override { say(__func__, id); }
+  void pauseAllEffects() override { say(__func__); }
+  void resumeAllEffects() override { say(__func__); }
+  void stopAllEffects() override { say(__func__); }
+  void setEffectsVolume(std::uint64_t volume) override { say(__func__, volume); }
+  Int getEffectsVolume() const override { return 60; }
 };
 
-class Mixer : public LMRTCAudioMixer, Counted {
+class Mixer : public Heard<Fake<LMRTCAudioMixer>, LMRTCAudioMixerAudioPlayDelegate> {
  public:
-  explicit Mixer(Shared context) : context_(std::move(context)) {}
-  void setDelegate(std::weak_ptr<LMRTCAudioMixerAudioPlayDelegate> delegate) override {
-    context_->call("mixer.setDelegate %@", {delegate.expired() ? "nil" : "engine"});
-    delegate_.set(std::move(delegate));
-  }
-  std::shared_ptr<LMRTCAudioMixerAudioPlayDelegate> events() const { return delegate_.get().lock(); }
-  bool startMixingWithURL(const std::string& url, bool playback, std::int64_t mode,
-                          std::uint64_t loops) override {
-    context_->call("startMixingWithURL %@ %@ %@ %@", {url, playback, mode, loops});
+  using Heard::Heard;
+  bool startMixingWithURL(Text url, bool playback, Int mode, std::uint64_t loops) override {
+    say(__func__, url, playback, mode, loops);
     return accepts;
   }
-  void pause() override { context_->call("mixer.pause"); }
-  void resume() override { context_->call("mixer.resume"); }
-  void stop() override { context_->call("mixer.stop"); }
+  void pause() override { say(__func__); }
+  void resume() override { say(__func__); }
+  void stop() override { say(__func__); }
   void setMixingVolume(std::uint64_t volume) override { mixing_ = volume; }
   std::uint64_t mixingVolume() const override { return mixing_; }
   void setPlayingVolume(std::uint64_t volume) override { playing_ = volume; }
   std::uint64_t playingVolume() const override { return playing_; }
-  void setPlayProgress(double progress) override { context_->call("setPlayProgress %@", {progress}); }
+  void setPlayProgress(double progress) override { say(__func__, progress); }
 
   std::atomic<bool> accepts = true;  ///< the answer to a start
 
  private:
-  const Shared context_;
-  std::atomic<std::uint64_t> mixing_ = 100;
-  std::atomic<std::uint64_t> playing_ = 100;
-  Cell<std::weak_ptr<LMRTCAudioMixerAudioPlayDelegate>> delegate_;
+  std::atomic<std::uint64_t> mixing_ = 100, playing_ = 100;
 };
 
-class Engine : public LMRTCEngine, Counted {
+class Engine : public Heard<Fake<LMRTCEngine>, LMRTCEngineEventDelegate> {
  public:
-  explicit Engine(Shared context) : context_(std::move(context)) {}
+  using Heard::Heard;
 
-  /// What joins deliver, whatever their code.
+  /// What joins deliver, whatever their code, and what other joins and file streams deliver.
   Cell<std::shared_ptr<LMRTCRoom>> nextRoom;
-
-  void setDelegate(std::weak_ptr<LMRTCEngineEventDelegate> delegate) override {
-    context_->call("setDelegate %@", {delegate.expired() ? "nil" : "engine"});
-    delegate_.set(std::move(delegate));
-  }
-  std::shared_ptr<LMRTCEngineEventDelegate> events() const { return delegate_.get().lock(); }
-
-  void setMediaServerUrl(const std::string& url) override { context_->call("setMediaServerUrl %@", {url}); }
-  void initWithConfig(const LMRTCConfig& c) override {
-    context_->call("initWithConfig reconnect:%@ srtp:%@ report:%@ mix:%@ mismatch:%@",
-                   {c.isEnableAutoReconnect(), c.enableSRTP(), c.statusReportInterval(),
-                    c.enableMixWithOthers(), c.enableVersionMismatch()});
-  }
-  void unInit() override { context_->call("unInit"); }
-  void joinRoom(const std::string& roomId, const LMRTCRoomConfig& c, JoinCompletion done) override {
-    const auto text = [](std::optional<std::int64_t> value) {
-      return value ? std::to_string(*value) : "unset";
-    };
-    context_->call(
-        "joinRoom %@ live:%@ room:%@ role:%@ join:%@",
-        {roomId, text(c.liveType()), text(c.roomType()), text(c.roleType()), text(c.joinRoomType())});
-    context_->owe([done = std::move(done), room = std::weak_ptr(nextRoom.get())](std::int64_t code) {
-      done(code, room.lock());
-    });
-  }
-  void leaveRoom(Completion done) override { context_->ask(std::move(done), "leaveRoom"); }
-  std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone; }
-  std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera; }
-  void enableSpeaker(bool enabled) override { context_->call("enableSpeaker %@", {enabled}); }
-  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) override {
-    context_->call("setStatusReportDelegate %@", {delegate.expired() ? "nil" : "engine"});
-    statusDelegate.set(std::move(delegate));
-  }
-  void joinOtherRoom(const std::string& roomId, JoinOtherCompletion done) override {
-    context_->call("joinOtherRoom %@", {roomId});
-    context_->owe(
-        [done = std::move(done), other = nextOtherRoom.get()](std::int64_t code) { done(code, other); });
-  }
-  void leaveOtherRoom(const std::string& roomId, bool notifyFinished, LeaveOtherCompletion done) override {
-    context_->ask(std::move(done), "leaveOtherRoom %@ %@", {roomId, notifyFinished});
-  }
-  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
-      const std::string& url, bool replaceAudio, bool playback, const std::string& tag,
-      const LMRTCVideoStreamConfig&) override {
-    context_->call("createFileVideoOutputStream %@ %@ %@ %@", {url, replaceAudio, playback, tag});
-    return nextFile.get();
-  }
-  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
-  void startEchoTest(double seconds) override { context_->call("startEchoTest %@", {seconds}); }
-  void stopEchoTest() override { context_->call("stopEchoTest"); }
-  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> delegate) override {
-    context_->call("setProbeTestDelegate %@", {delegate.expired() ? "nil" : "engine"});
-    probeDelegate.set(std::move(delegate));
-  }
-  void startRTCProbeTest(Completion done) override { context_->ask(std::move(done), "startRTCProbeTest"); }
-  void stopRTCProbeTest(Completion done) override { context_->ask(std::move(done), "stopRTCProbeTest"); }
-  void preconnectMediaServer() override { context_->call("preconnectMediaServer"); }
-
-  /// What other joins and file streams deliver.
   Cell<std::shared_ptr<LMRTCOtherRoom>> nextOtherRoom;
   Cell<std::shared_ptr<LMRTCFileVideoOutputStream>> nextFile;
   /// The installed listeners.
   Cell<std::weak_ptr<LMRTCStatusReportDelegate>> statusDelegate;
   Cell<std::weak_ptr<LMRTCProbeTestDelegate>> probeDelegate;
+  const std::shared_ptr<Microphone> microphone = std::make_shared<Microphone>(context, "me", "mic");
+  const std::shared_ptr<Camera> camera = std::make_shared<Camera>(context, "me", "cam", 1);
+
+  void setMediaServerUrl(Text url) override { say(__func__, url); }
+  void initWithConfig(const LMRTCConfig& c) override {
+    say(lumo::format("initWithConfig reconnect:%@ srtp:%@ report:%@ mix:%@ mismatch:%@",
+                     {c.isEnableAutoReconnect(), c.enableSRTP(), c.statusReportInterval(),
+                      c.enableMixWithOthers(), c.enableVersionMismatch()}));
+  }
+  void unInit() override { say(__func__); }
+  void joinRoom(Text roomId, const LMRTCRoomConfig& c, JoinCompletion done) override {
+    const auto text = [](std::optional<Int> value) { return value ? std::to_string(*value) : "unset"; };
+    const auto join = [done, room = std::weak_ptr(nextRoom.get())](Int code) { done(code, room.lock()); };
+    ask(join, __func__, roomId, "live:" + text(c.liveType()), "room:" + text(c.roomType()),
+        "role:" + text(c.roleType()), "join:" + text(c.joinRoomType()));
+  }
+  void leaveRoom(Completion done) override { ask(done, __func__); }
+  std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone; }
+  std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera; }
+  void enableSpeaker(bool enabled) override { say(__func__, enabled); }
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) override {
+    say(__func__, delegate);
+    statusDelegate.set(std::move(delegate));
+  }
+  void joinOtherRoom(Text roomId, JoinOtherCompletion done) override {
+    ask([done, room = nextOtherRoom.get()](Int code) { done(code, room); }, __func__, roomId);
+  }
+  void leaveOtherRoom(Text roomId, bool notifyFinished, LeaveOtherCompletion done) override {
+    ask(done, __func__, roomId, notifyFinished);
+  }
+  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
+      Text url, bool replaceAudio, bool playback, Text tag, const LMRTCVideoStreamConfig&) override {
+    say(__func__, url, replaceAudio, playback, tag);
+    return nextFile.get();
+  }
+  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
+  void startEchoTest(double seconds) override { say(__func__, seconds); }
+  void stopEchoTest() override { say(__func__); }
+  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> delegate) override {
+    say(__func__, delegate);
+    probeDelegate.set(std::move(delegate));
+  }
+  void startRTCProbeTest(Completion done) override { ask(done, __func__); }
+  void stopRTCProbeTest(Completion done) override { ask(done, __func__); }
+  void preconnectMediaServer() override { say(__func__); }
 
  private:
-  const Shared context_;
-
- public:
-  const std::shared_ptr<Microphone> microphone = std::make_shared<Microphone>(context_);
-  const std::shared_ptr<Camera> camera = std::make_shared<Camera>(context_);
-
- private:
-  const std::shared_ptr<EffectManager> effects_ = std::make_shared<EffectManager>(context_);
-  Cell<std::weak_ptr<LMRTCEngineEventDelegate>> delegate_;
+  const std::shared_ptr<EffectManager> effects_ = std::make_shared<EffectManager>(context);
 };
 
-class VideoView : public LMRTCVideoView, Counted {
+class VideoView : public Fake<LMRTCVideoView> {
  public:
-  VideoView(Shared context, const UIRect& frame) : LMRTCVideoView(frame), context_(std::move(context)) {}
-  void setFillMode(std::int64_t mode) override { context_->call("view.setFillMode %@", {mode}); }
-  void setIsPreviewMirror(bool mirror) override { context_->call("view.setIsPreviewMirror %@", {mirror}); }
+  using Fake::Fake;
+  void setFillMode(Int mode) override { say(__func__, mode); }
+  void setIsPreviewMirror(bool mirror) override { say(__func__, mirror); }
   void setSize(double, double) override {}
   void renderFrame(const LMRTCVideoFrame&) override {}
-
- private:
-  const Shared context_;
 };
 
-/// An SDK that does nothing but write down what it is asked and answer when the test says so.
+/// An SDK that does nothing but write down what it is asked and answer when the test says so. The pixels are
+/// for tests on the in-process SDK.
 class Provider : public LMRTCProvider {
  public:
+  using Plane = const std::uint8_t*;
+  using Target = std::uint8_t*;
+  using Stride = std::int32_t;
+
   const Shared context = std::make_shared<Context>();
   const std::shared_ptr<Engine> engine = std::make_shared<Engine>(context);
-  const std::shared_ptr<Mixer> mixer = std::make_shared<Mixer>(context);
+  const std::shared_ptr<Mixer> mixer = std::make_shared<Mixer>(context, "mixer");
 
   std::shared_ptr<LMRTCEngine> sharedEngine() override { return engine; }
-  std::string codeDesc(std::int64_t code) override { return code == 0 ? "ok" : "sdk" + std::to_string(code); }
-  std::shared_ptr<LMRTCVideoView> createVideoView(const UIRect& frame) override {
-    context->call("createVideoView %@,%@ %@x%@", {frame.x, frame.y, frame.width, frame.height});
-    return std::make_shared<VideoView>(context, frame);
-  }
-
   std::shared_ptr<LMRTCAudioMixer> sharedAudioMixer() override { return mixer; }
-  double durationOfAudioFile(const std::string&) override { return 3.9; }
-  // The pixels are for tests on the in-process SDK.
-  void i420Rotate(const std::uint8_t*, std::int32_t, const std::uint8_t*, std::int32_t, const std::uint8_t*,
-                  std::int32_t, std::uint8_t*, std::int32_t, std::uint8_t*, std::int32_t, std::uint8_t*,
-                  std::int32_t, std::int32_t, std::int32_t, std::int32_t rotation) override {
-    context->call("i420Rotate %@", {rotation});
+  double durationOfAudioFile(Text) override { return 3.9; }
+  std::string codeDesc(Int code) override { return code == 0 ? "ok" : "sdk" + std::to_string(code); }
+  std::shared_ptr<LMRTCVideoView> createVideoView(const UIRect& frame) override {
+    context->trace->add("sdk createVideoView " + word(frame));
+    return std::make_shared<VideoView>(context, "view", frame);
   }
-  void i420ToARGB(const std::uint8_t*, std::int32_t, const std::uint8_t*, std::int32_t, const std::uint8_t*,
-                  std::int32_t, std::uint8_t*, std::int32_t, std::int32_t, std::int32_t) override {
-    context->call("i420ToARGB");
-  }
+  void i420Rotate(Plane, Stride, Plane, Stride, Plane, Stride, Target, Stride, Target, Stride, Target, Stride,
+                  std::int32_t, std::int32_t, std::int32_t) override {}
+  void i420ToARGB(Plane, Stride, Plane, Stride, Plane, Stride, Target, Stride, std::int32_t,
+                  std::int32_t) override {}
 
   /// Answers the oldest call that waits for its completion; false when none waits.
-  bool complete(std::int64_t code = 0) {
+  bool complete(Int code = 0) {
     Context::Completion completion;
     {
       const std::lock_guard lock(context->mutex);

@@ -26,23 +26,27 @@ class Trace {
   }
 
   /// Joins expected lines. "T publish type:2" is short for "log 4 IW/RTC-publish-T type:2", and so for E, R,
-  /// L and S.
+  /// L and S. "E: text" is the error line with that text of the method of the entry line before it.
   static std::string text(const std::vector<std::string>& lines) {
     std::string text;
-    for (const auto& line : lines) text += (isShort(line) ? expanded(line) : line) + "\n";
+    std::string method;
+    for (const auto& line : lines) {
+      const auto end = std::min(line.find(' ', 2), line.size());
+      if (line.starts_with("T ")) method = line.substr(2, end - 2);
+      if (line.starts_with("E: ")) {
+        text += "log 2 IW/RTC-" + method + "-E msg:" + line.substr(3) + "\n";
+      } else if (line.size() > 2 && line[1] == ' ' &&
+                 std::string("TERLS").find(line[0]) != std::string::npos) {
+        text += std::string("log ") + (line[0] == 'E' ? "2" : "4") + " IW/RTC-" + line.substr(2, end - 2) +
+                "-" + line[0] + line.substr(end) + "\n";
+      } else {
+        text += line + "\n";
+      }
+    }
     return text;
   }
 
  private:
-  static bool isShort(const std::string& line) {
-    return line.size() > 2 && line[1] == ' ' && std::string("TERLS").find(line[0]) != std::string::npos;
-  }
-  static std::string expanded(const std::string& line) {
-    const auto end = std::min(line.find(' ', 2), line.size());
-    return std::string("log ") + (line[0] == 'E' ? '2' : '4') + " IW/RTC-" + line.substr(2, end - 2) + "-" +
-           line[0] + line.substr(end);
-  }
-
   std::mutex mutex_;  ///< guards the lines
   std::string lines_;
 };

@@ -7,9 +7,6 @@ namespace {
 
 using AudioTest = EngineTest;
 
-constexpr auto kNotJoined = LMRTCWrapperCodeLocalUserNotJoined;
-constexpr auto kBadParameter = LMRTCWrapperCodeParameterError;
-
 TEST_F(AudioTest, EffectsNeedARoomAndAnIdThatWasCreated) {
   using Engine = LMRTCIWEngine;
   struct Call {
@@ -97,11 +94,11 @@ TEST_F(AudioTest, MixingStartsAndReportsOnTheMainQueue) {
   trace->take();
   expect(0, engine->startAudioMixing("m.mp3", 5, true, 2),
          {"T startAudioMixing url:m.mp3,mode:5,playback:1,loop:2", "sdk mixer.setDelegate engine",
-          "sdk startMixingWithURL m.mp3 1 1 2"});
+          "sdk mixer.startMixingWithURL m.mp3 1 1 2"});
   expect(0, engine->startAudioMixing("m.mp3", 0, false, 0, 1.5),
          {"T startAudioMixing url:m.mp3,mode:0,playback:0,loop:0,position:1.5",
-          "sdk mixer.setDelegate engine", "T setAudioMixingPosition position:1.5", "sdk setPlayProgress 1.5",
-          "sdk startMixingWithURL m.mp3 0 0 0"});
+          "sdk mixer.setDelegate engine", "T setAudioMixingPosition position:1.5",
+          "sdk mixer.setPlayProgress 1.5", "sdk mixer.startMixingWithURL m.mp3 0 0 0"});
   expect(0, engine->pauseAudioMixing(), {"T pauseAudioMixing", "sdk mixer.pause"});
   expect(0, engine->resumeAudioMixing(), {"T resumeAudioMixing", "sdk mixer.resume"});
   expect(0, engine->stopAudioMixing(), {"T stopAudioMixing", "sdk mixer.stop"});

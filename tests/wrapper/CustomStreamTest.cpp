@@ -5,10 +5,6 @@
 namespace lumo {
 namespace {
 
-constexpr auto kNotJoined = LMRTCWrapperCodeLocalUserNotJoined;
-constexpr auto kBadParameter = LMRTCWrapperCodeParameterError;
-constexpr auto kNoStream = LMRTCWrapperCodeStreamNotExist;
-constexpr auto kNotSupported = LMRTCWrapperCodeInterfaceNotSupport;
 const std::string kNoRoom = " msg:room is nil or localUser is nil or iwRoomSetup is nil";
 
 class CustomStreamTest : public EngineTest {
@@ -25,7 +21,7 @@ class CustomStreamTest : public EngineTest {
     sdk->engine->nextFile.set(nullptr);
     EngineTest::TearDown();
   }
-  std::shared_ptr<fake::FileOutput> file = std::make_shared<fake::FileOutput>(sdk->context, "clip");
+  std::shared_ptr<fake::FileOutput> file = make<fake::FileOutput>("clip");
 };
 
 TEST_F(CustomStreamTest, CreatingConfiguringAndMuting) {
@@ -57,7 +53,7 @@ TEST_F(CustomStreamTest, CreatingConfiguringAndMuting) {
          {"T muteLocalCustomStream tag:clip,mute:1", "E muteLocalCustomStream msg:stream is nil"});
   create();
   expect(0, engine->setCustomStreamVideoConfig(&config, "clip"),
-         {"T setCustomStreamVideoConfig " + keys, "sdk me_clip.setVideoConfig"});
+         {"T setCustomStreamVideoConfig " + keys, "sdk me_clip.setVideoConfig 1-2 fps 3 size 4"});
   expect(0, engine->muteLocalCustomStream("clip", true),
          {"T muteLocalCustomStream tag:clip,mute:1", "sdk me_clip.setIsMute 1"});
 
@@ -100,7 +96,7 @@ TEST_F(CustomStreamTest, PublishingReportsFailuresAtOnceAndSuccessWhenReadingSta
     create(role);
     const std::string way = role == 0 ? "publishStream me_clip" : "publishLiveStream me_clip";
     const std::string text = std::to_string(role);
-    const auto info = std::make_shared<fake::LiveInfo>(sdk->context);
+    const auto info = make<fake::LiveInfo>();
     room->me->nextLiveInfo.set(info);
     expect(0, engine->publishCustomStream("clip"),
            {"T publishCustomStream tag:clip", "sdk me_clip.setDelegate engine", "sdk " + way});

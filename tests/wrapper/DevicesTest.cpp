@@ -6,8 +6,6 @@ namespace {
 
 using DevicesTest = EngineTest;
 
-constexpr auto kNoStream = LMRTCWrapperCodeStreamNotExist;
-
 TEST_F(DevicesTest, ControlsReachTheDefaultStreamsUnchecked) {
   expect(0, engine->enableMicrophone(true),
          {"T enableMicrophone enable:1", "sdk me_mic.setMicrophoneDisable 0"});

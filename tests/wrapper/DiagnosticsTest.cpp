@@ -8,14 +8,12 @@ namespace {
 
 using DiagnosticsTest = EngineTest;
 
-constexpr auto kDestroyed = LMRTCWrapperCodeEngineDestroyed;
-
 TEST_F(DiagnosticsTest, AWatermarkIsReportedOnTheMainQueue) {
   const auto image = std::make_shared<UIImage>();
   expect(LMRTCWrapperCodeParameterError, engine->setWatermark(nullptr, 1, 2, 3),
          {"T setWatermark image:0, x:1, y:2, zoom:3", "E setWatermark msg:image is nil"});
   expect(0, engine->setWatermark(image, 0.5, 2, 3),
-         {"T setWatermark image:1, x:0.5, y:2, zoom:3", "sdk me_cam.setWaterMark image 0.5,2 3x0",
+         {"T setWatermark image:1, x:0.5, y:2, zoom:3", "sdk me_cam.setWaterMark set 0.5,2 3x0",
           "R setWatermark callback:onWatermarkSet, code:0, msg: Success"});
   sdk->engine->camera->supported = false;
   expect(0, engine->removeWatermark(),

@@ -84,7 +84,7 @@ class EventsTest : public EngineTest {
 
   std::shared_ptr<LMRTCRoomEventDelegate> main;
   std::shared_ptr<LMRTCOtherRoomEventDelegate> sub;
-  std::shared_ptr<LMRTCOtherRoom> s1 = std::make_shared<fake::OtherRoom>(sdk->context, "s1");
+  std::shared_ptr<LMRTCOtherRoom> s1 = make<fake::OtherRoom>("s1");
 };
 
 TEST_F(EventsTest, UsersOfTheMainRoom) {

@@ -55,16 +55,15 @@ TEST_F(LifecycleTest, DestroyEmptiesTheCachesAndKeepsTheListenerAndTheCdnFields)
   join();
   const auto local = view("local");
   engine->setLocalViewWithViewDelegate(local);
-  engine->setLiveInfo(std::make_shared<fake::LiveInfo>(sdk->context));
+  engine->setLiveInfo(make<fake::LiveInfo>());
   engine->setEffectSoundIdDict({{1, "file:///a"}});
   engine->setRemoteVideoViewDict({{"u1", local}});
   engine->setLocalCustomViews({{"t", local}});
   engine->setRemoteCustomViews({{"u1@t", local}});
-  engine->setCustomStreams({{"file", std::make_shared<LMRTCIWCustomStream>(
-                                         2, std::make_shared<fake::FileOutput>(sdk->context, "file"))},
-                            {"other", std::make_shared<LMRTCIWCustomStream>(
-                                          1, std::make_shared<fake::FileOutput>(sdk->context, "other"))}});
-  engine->setSubs({{"s1", std::make_shared<fake::OtherRoom>(sdk->context, "s1")}});
+  engine->setCustomStreams(
+      {{"file", std::make_shared<LMRTCIWCustomStream>(2, make<fake::FileOutput>("file"))},
+       {"other", std::make_shared<LMRTCIWCustomStream>(1, make<fake::FileOutput>("other"))}});
+  engine->setSubs({{"s1", make<fake::OtherRoom>("s1")}});
   engine->setAudioMixPlayProgress(0.5);
   engine->setAudioMixingFileUrl("file:///b");
   engine->setSessionId("s");

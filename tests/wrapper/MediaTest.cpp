@@ -9,8 +9,6 @@ using ConfigTest = EngineTest;
 using PublishTest = EngineTest;
 using SubscribeTest = EngineTest;
 
-constexpr auto kNotJoined = LMRTCWrapperCodeLocalUserNotJoined;
-constexpr auto kBadParameter = LMRTCWrapperCodeParameterError;
 const std::string kNoRoom = " msg:room is nil or localUser is nil";
 const std::string kNoRoomOrSetup = kNoRoom + " or iwRoomSetup is nil";
 
@@ -79,7 +77,7 @@ TEST_F(PublishTest, PublishAndUnpublishTakeTheWayOfTheRoleForEveryMediaType) {
 
 TEST_F(PublishTest, ALivePublicationReplacesTheLiveInfoEvenWhenItFails) {
   join(LMRTCIWRoleLiveBroadcaster);
-  const auto info = std::make_shared<fake::LiveInfo>(sdk->context);
+  const auto info = make<fake::LiveInfo>();
   room->me->nextLiveInfo.set(info);
   engine->publish(2);
   sdk->complete();
@@ -138,7 +136,7 @@ TEST_F(PublishTest, ChecksComeInTheirOrder) {
 
 TEST_F(SubscribeTest, SubscribingSelectsOrdinaryStreamsOfTheUsersThatAreThere) {
   room->users = {user("u1", {audio("u1"), stream("u1", "t", 1), video("u1")}), user("u2", {video("u2")})};
-  const auto sub = std::make_shared<fake::OtherRoom>(sdk->context, "s1");
+  const auto sub = make<fake::OtherRoom>("s1");
   sub->users = {user("u3", {audio("u3")})};
   join();
   engine->setSubs({{"s1", sub}});

@@ -5,11 +5,6 @@
 namespace lumo {
 namespace {
 
-constexpr auto kNotJoined = LMRTCWrapperCodeLocalUserNotJoined;
-constexpr auto kNobody = LMRTCWrapperCodeRemoteUserNotJoined;
-constexpr auto kNoStream = LMRTCWrapperCodeStreamNotExist;
-constexpr auto kDestroyed = LMRTCWrapperCodeEngineDestroyed;
-
 class ObserverTest : public EngineTest {
  protected:
   void SetUp() override {
@@ -60,9 +55,9 @@ const std::string kMixed = "sound 1920 2 48000 2 480 0";
 TEST_F(ObserverTest, TheMicrophoneAndTheMixesAreWatchedUntilTheObserverIsRemovedOrDies) {
   auto& mic = *sdk->engine->microphone;
   expect(0, engine->setLocalAudioCapturedDelegate(sound),
-         {"T setLocalAudioCapturedDelegate delegate:1", "sdk me_mic.setRecordAudioDataCallback hook"});
+         {"T setLocalAudioCapturedDelegate delegate:1", "sdk me_mic.setRecordAudioDataCallback set"});
   expect(0, engine->setLocalAudioMixedDelegate(sound),
-         {"T setLocalAudioMixedDelegate delegate:1", "sdk me_mic.setWillSendAudioBufferCallback hook"});
+         {"T setLocalAudioMixedDelegate delegate:1", "sdk me_mic.setWillSendAudioBufferCallback set"});
   deliver(mic.recorded.get(), {kFull});
   deliver(mic.willSend.get(), {kMixed});
   expect(0, engine->setLocalAudioMixedDelegate(nullptr),
@@ -73,7 +68,7 @@ TEST_F(ObserverTest, TheMicrophoneAndTheMixesAreWatchedUntilTheObserverIsRemoved
          {"T setRemoteAudioMixedDelegate delegate:1", "E setRemoteAudioMixedDelegate msg:room is nil"});
   join();
   expect(0, engine->setRemoteAudioMixedDelegate(sound),
-         {"T setRemoteAudioMixedDelegate delegate:1", "sdk r1.setReceivedAudioBufferCallback hook"});
+         {"T setRemoteAudioMixedDelegate delegate:1", "sdk r1.setReceivedAudioBufferCallback set"});
   deliver(room->received.get(), {kMixed});
   sound = nullptr;  // held weakly
   deliver(room->received.get(), {});
@@ -92,13 +87,13 @@ TEST_F(ObserverTest, TheMicrophoneAndTheMixesAreWatchedUntilTheObserverIsRemoved
 
 TEST_F(ObserverTest, SentPicturesAreReplacedByWhatTheObserverReturns) {
   expect(0, engine->setLocalVideoProcessedDelegate(samples),
-         {"T setLocalVideoProcessedDelegate delegate:1", "sdk me_cam.setVideoSendBufferCallback hook"});
+         {"T setLocalVideoProcessedDelegate delegate:1", "sdk me_cam.setVideoSendBufferCallback set"});
   const auto hook = sdk->engine->camera->willSend.get();
   EXPECT_EQ(replacement, hook(captured));
   samples->onSampleBuffer = nullptr;
   EXPECT_EQ(captured, hook(captured));
 
-  const auto file = std::make_shared<fake::FileOutput>(sdk->context, "clip");
+  const auto file = make<fake::FileOutput>("clip");
   expect(kNoStream, engine->setLocalCustomVideoProcessedDelegate(samples, "clip"),
          {"T setLocalCustomVideoProcessedDelegate tag:clip",
           "E setLocalCustomVideoProcessedDelegate msg:stream is nil"});
@@ -106,7 +101,7 @@ TEST_F(ObserverTest, SentPicturesAreReplacedByWhatTheObserverReturns) {
   const auto other = std::make_shared<LMRTCIWSampleBufferVideoFrameDelegate>();
   other->onSampleBuffer = [](const CMSampleBufferRef&) { return nullptr; };
   expect(0, engine->setLocalCustomVideoProcessedDelegate(other, "clip"),
-         {"T setLocalCustomVideoProcessedDelegate tag:clip", "sdk me_clip.setVideoSendBufferCallback hook"});
+         {"T setLocalCustomVideoProcessedDelegate tag:clip", "sdk me_clip.setVideoSendBufferCallback set"});
   EXPECT_EQ(nullptr, file->willSend.get()(captured));
   engine->setLocalCustomVideoProcessedDelegate(nullptr, "clip");
   EXPECT_FALSE(file->willSend.get());
@@ -119,9 +114,8 @@ TEST_F(ObserverTest, UsersOfTheMainRoomAreWatchedStreamByStream) {
   expect(kNotJoined, engine->setRemoteAudioReceivedDelegate(sound, "u1"),
          {"T setRemoteAudioReceivedDelegate userId:u1",
           "E setRemoteAudioReceivedDelegate msg:room is nil or localUser is nil"});
-  const auto camera =
-      std::make_shared<fake::VideoInput>(sdk->context, fake::StreamInfo{.userId = "u1", .mediaType = 1});
-  const auto mic = std::make_shared<fake::AudioInput>(sdk->context, fake::StreamInfo{.userId = "u1"});
+  const auto camera = make<fake::VideoInput>("u1", kLMRTCDefaultStreamTag, 1);
+  const auto mic = make<fake::AudioInput>("u1");
   room->users = {user("u1", {stream("u1", "cam2", 0), mic, camera}), user("u2")};
   join();
   expect(
@@ -135,7 +129,7 @@ TEST_F(ObserverTest, UsersOfTheMainRoomAreWatchedStreamByStream) {
               engine->remoteVideoProcessedDelegates().empty());
 
   expect(0, engine->setRemoteAudioReceivedDelegate(sound, "u1"),
-         {"T setRemoteAudioReceivedDelegate userId:u1", "sdk u1_LumoCloudRTC.setAudioDataCallback hook"});
+         {"T setRemoteAudioReceivedDelegate userId:u1", "sdk u1_LumoCloudRTC.setAudioDataCallback set"});
   expect(0, engine->setRemoteVideoProcessedDelegate(pixels, "u1"),
          {"T setRemoteVideoProcessedDelegate userId:u1", "sdk u1_LumoCloudRTC.setDelegate engine"});
   const auto hook = mic->audioData.get();
@@ -157,10 +151,8 @@ TEST_F(ObserverTest, CustomStreamsKeepTheObserverEvenWhenTheyAreNotThere) {
          {"T " + video + " userId:u1,tag:cam2",
           "E " + video + " msg:room is nil or localUser is nil or iwRoomSetup is nil"});
   EXPECT_TRUE(engine->remoteCustomVideoProcessedDelegates().empty());
-  const auto picture2 = std::make_shared<fake::VideoInput>(
-      sdk->context, fake::StreamInfo{.userId = "u1", .tag = "cam2", .mediaType = 1, .kind = 1});
-  const auto sound2 = std::make_shared<fake::VideoInput>(
-      sdk->context, fake::StreamInfo{.userId = "u1", .tag = "cam2", .mediaType = 0, .kind = 1});
+  const auto picture2 = make<fake::VideoInput>("u1", "cam2", 1, 1);
+  const auto sound2 = make<fake::VideoInput>("u1", "cam2", 0, 1);
   room->users = {user("u1", {stream("u1", "mic2", 0), sound2, picture2})};
   join();
   expect(kNobody, engine->setRemoteCustomVideoProcessedDelegate(pixels, "u9", "cam2"),
@@ -175,7 +167,7 @@ TEST_F(ObserverTest, CustomStreamsKeepTheObserverEvenWhenTheyAreNotThere) {
   expect(0, engine->setRemoteCustomVideoProcessedDelegate(pixels, "u1", "cam2"),
          {"T " + video + " userId:u1,tag:cam2", "sdk u1_cam2.setDelegate engine"});
   expect(0, engine->setRemoteCustomAudioReceivedDelegate(sound, "u1", "cam2"),
-         {"T " + audio + " userId:u1,tag:cam2", "sdk u1_cam2.setAudioDataCallback hook"});
+         {"T " + audio + " userId:u1,tag:cam2", "sdk u1_cam2.setAudioDataCallback set"});
   deliver(picture2, {"picture"});
   deliver(sound2->audioData.get(), {kFull});
   engine->destroy();

@@ -75,7 +75,7 @@ TEST_F(ReentryTest, ALogSinkMayCallBackIntoTheEngine) {
 }
 
 TEST_F(ReentryTest, CompletionsAfterDestroyFindNothingAndAreSilent) {
-  const auto info = std::make_shared<fake::LiveInfo>(sdk->context);
+  const auto info = make<fake::LiveInfo>();
   room->me->nextLiveInfo.set(info);
   join(LMRTCIWRoleLiveBroadcaster);
   engine->publish(0);

@@ -142,7 +142,7 @@ TEST_F(RoomTest, AnAudienceMemberHearsOfTheLiveMix) {
                result("onRemoteLiveMixPublished"), "host onRemoteLiveMixPublished 2");
 
   room->live.clear();
-  room->cdn = std::make_shared<fake::CdnInput>(sdk->context, fake::StreamInfo{.userId = "cdn", .kind = 2});
+  room->cdn = make<fake::CdnInput>("cdn", kLMRTCDefaultStreamTag, 0, 2);
   replay({});
   EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok",
                result("onRemoteLiveMixInnerCdnStreamPublished"),
@@ -188,7 +188,7 @@ TEST_F(RoomTest, RemoteUsersAreFoundInTheMainRoomBeforeTheSubRooms) {
   const auto inMain = user("u1");
   const auto shadowed = user("u1");
   const auto inSub = user("u2");
-  const auto sub = std::make_shared<fake::OtherRoom>(sdk->context, "s1");
+  const auto sub = make<fake::OtherRoom>("s1");
   sub->users = {shadowed, inSub};
   room->users = {inMain};
   join();

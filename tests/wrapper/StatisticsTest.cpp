@@ -117,7 +117,7 @@ TEST_F(StatisticsTest, SentStreamsAreReportedByKindWithRoundedBitRates) {
 }
 
 TEST_F(StatisticsTest, ReceivedStreamsNameTheRoomOfTheirUserAndTruncateBitRates) {
-  const auto sub = std::make_shared<fake::OtherRoom>(sdk->context, "r2");
+  const auto sub = make<fake::OtherRoom>("r2");
   sub->users = {user("u2")};
   room->users = {user("u1")};
   join();
@@ -139,9 +139,8 @@ TEST_F(StatisticsTest, ReceivedStreamsNameTheRoomOfTheirUserAndTruncateBitRates)
 }
 
 TEST_F(StatisticsTest, LiveLevelsAreCompletedBySilentStreams) {
-  const auto sub = std::make_shared<fake::OtherRoom>(sdk->context, "r2");
-  const auto tagged =
-      std::make_shared<fake::AudioInput>(sdk->context, fake::StreamInfo{.userId = "u2", .tag = "mic2"});
+  const auto sub = make<fake::OtherRoom>("r2");
+  const auto tagged = make<fake::AudioInput>("u2", "mic2");
   sub->users = {user("u2", {tagged})};
   room->users = {user("u1", {audio("u1"), video("u1")}), user("u3", {audio("u3")})};
   join();

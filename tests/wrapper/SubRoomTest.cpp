@@ -14,7 +14,7 @@ class SubRoomTest : public EngineTest {
     sdk->engine->nextOtherRoom.set(nullptr);
     EngineTest::TearDown();
   }
-  std::shared_ptr<fake::OtherRoom> sub = std::make_shared<fake::OtherRoom>(sdk->context, "r2");
+  std::shared_ptr<fake::OtherRoom> sub = make<fake::OtherRoom>("r2");
 };
 
 TEST_F(SubRoomTest, TheHandshakePassesThroughAndReportsItsOutcome) {

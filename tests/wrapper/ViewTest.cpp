@@ -7,7 +7,6 @@ namespace {
 using ViewBindingTest = EngineTest;
 using NativeViewTest = EngineTest;
 
-constexpr auto kBadParameter = LMRTCWrapperCodeParameterError;
 const std::shared_ptr<LMRTCIWView> kNoNativeView;
 
 TEST_F(ViewBindingTest, TheLocalViewGetsTheCameraAndIsHeldWeakly) {
@@ -35,8 +34,7 @@ TEST_F(ViewBindingTest, ARemoteViewGetsTheFirstOrdinaryVideoStream) {
     Inputs streams;
     std::string bound;
   };
-  const auto notOfVideoClass = std::make_shared<fake::OddInput>(
-      sdk->context, fake::StreamInfo{.userId = "odd", .tag = "odd", .mediaType = 1});
+  const auto notOfVideoClass = make<fake::OddInput>("odd", "odd", 1);
   const std::vector<Row> rows = {
       {"u1",
        {audio("u1"), stream("u1", "screen", 1), video("u1"), stream("u1", "second", 1, 0)},
@@ -96,17 +94,17 @@ TEST_F(ViewBindingTest, NativeViewsGoThroughTheForwardingForms) {
   const std::string embed = "sdk createVideoView 0,0 0x0\nsdk view.setFillMode 2";
   expect(0, engine->setLocalView(native),
          {"T setLocalView view:1", "T setLocalViewWithViewDelegate view:1", embed,
-          "sdk me_cam.setVideoView view"});
+          "sdk me_cam.setVideoView set"});
   native->destroy();
   trace->take();
   expect(0, engine->setRemoteView(native, "u1"),
          {"T setRemoteView userId:u1", "T setRemoteViewWithViewDelegate userId:u1",
-          "T getRemoteUser userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView view"});
+          "T getRemoteUser userId:u1", embed, "sdk u1_LumoCloudRTC.setVideoView set"});
   native->destroy();
   trace->take();
   expect(0, engine->setLiveMixView(native),
          {"T setLiveMixView view:1", "T setLiveMixViewWithViewDelegate view:1", embed,
-          "sdk mix_video.setVideoView view"});
+          "sdk mix_video.setVideoView set"});
 }
 
 TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
@@ -117,10 +115,9 @@ TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
   EXPECT_TRACE();
 
   const std::string embed = "sdk createVideoView 0,0 320x240\nsdk view.setFillMode 1";
-  const auto remote =
-      std::make_shared<fake::VideoInput>(sdk->context, fake::StreamInfo{.userId = "u1", .mediaType = 1});
+  const auto remote = make<fake::VideoInput>("u1", kLMRTCDefaultStreamTag, 1);
   native->setRemoteView(remote);
-  EXPECT_TRACE(embed, "sdk u1_LumoCloudRTC.setVideoView view");
+  EXPECT_TRACE(embed, "sdk u1_LumoCloudRTC.setVideoView set");
   EXPECT_EQ(remote, native->inputStream());
   EXPECT_FALSE(native->isLocal());
   ASSERT_EQ(1U, native->subviews().size());
@@ -129,15 +126,15 @@ TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
   EXPECT_TRACE("sdk u1_LumoCloudRTC.setVideoView nil");
   EXPECT_FALSE(native->inputStream() || native->rtcVideoView() || !native->subviews().empty());
 
-  const auto cdn = std::make_shared<fake::CdnInput>(sdk->context, fake::StreamInfo{.userId = "cdn"});
+  const auto cdn = make<fake::CdnInput>("cdn");
   native->setInnerCdnView(cdn);
-  EXPECT_TRACE(embed, "sdk cdn_LumoCloudRTC.setVideoView view");
+  EXPECT_TRACE(embed, "sdk cdn_LumoCloudRTC.setVideoView set");
   native->removeInnerCdnView();
   EXPECT_TRACE("sdk cdn_LumoCloudRTC.setVideoView nil");
   EXPECT_FALSE(native->cdnStream() || native->rtcVideoView() || native->isLocal());
 
   native->setLocalView(sdk->engine->defaultVideoStream());
-  EXPECT_TRACE(embed, "sdk me_cam.setVideoView view");
+  EXPECT_TRACE(embed, "sdk me_cam.setVideoView set");
   EXPECT_TRUE(native->isLocal());
   native->removeLocalView();
   EXPECT_TRACE("sdk me_cam.setVideoView nil");
