@@ -33,6 +33,7 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
   context->operations = std::make_shared<lumo::Operations>(context->timeline, context->sdk);
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
   context->server = std::make_shared<lumo::MediaServer>(context->timeline, context->sdk, context->audio);
+  context->connection = std::make_shared<lumo::NetworkConnection>(kLocalSource);
   context->speaker = std::make_shared<lumo::Speaker>();
   context->decoding = context->timeline->makeRunner("sound files");
   context->opening = context->timeline->makeRunner("open files");
@@ -209,6 +210,10 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
 
 void LumoRTCLocal::setPushFailed(std::function<void(const std::string&, const std::string&)> sink) {
   state_->context->server->setPushFailed(std::move(sink));
+}
+
+void LumoRTCLocal::setNetwork(const lumo::NetworkModel& up, const lumo::NetworkModel& down) {
+  state_->context->connection->setModels(up, down);
 }
 
 std::size_t LumoRTCLocal::advance(lumo::Microseconds duration) {

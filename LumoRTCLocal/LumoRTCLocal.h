@@ -10,6 +10,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
 #include "LumoRTCLibWrapper/platform/system/UIView.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/media/NetworkModel.h"
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/media/VideoFormat.h"
 
@@ -219,6 +220,10 @@ class LumoRTCLocal {
   /// address is dropped then. An empty sink is told nothing.
   /// @param error  what is wrong, for people
   void setPushFailed(std::function<void(const std::string& address, const std::string& error)> sink);
+
+  /// How the local user's connection to the media server behaves from now on, to it and from it; perfect at
+  /// first.
+  void setNetwork(const lumo::NetworkModel& up, const lumo::NetworkModel& down);
 
   /// Makes the next calls of an SDK operation fail with `code`, without doing anything. The operations are:
   /// joinRoom, leaveRoom, publishStreams, unpublishStreams, publishLiveStream, publishDefaultLiveStreams,

@@ -9,6 +9,7 @@
 #include "LumoRTCLocal/sdk/Speaker.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
 #include "LumoRTCLocal/server/MediaServer.h"
+#include "LumoRTCLocal/server/NetworkLink.h"
 
 namespace lumo {
 
@@ -19,6 +20,7 @@ struct LocalContext {
   std::shared_ptr<Runner> sdk;  ///< the SDK's thread: completions and events
   std::shared_ptr<Operations> operations;
   std::shared_ptr<MediaServer> server;
+  std::shared_ptr<NetworkConnection> connection;  ///< of the local user
   std::shared_ptr<AudioExchange> audio;
   std::shared_ptr<Speaker> speaker;
   std::shared_ptr<Runner> decoding;  ///< decodes the sound of files
