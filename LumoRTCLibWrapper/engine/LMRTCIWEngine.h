@@ -344,10 +344,10 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// @param bitrate  kilobits per second
   /// @callback onLiveMixAudioBitrateSet
   std::int64_t setLiveMixAudioBitrate(std::int64_t bitrate);
-  /// @param bitrate  kilobits per second
-  /// @param tiny     true: the small mixed stream; the forms without it mean the normal one
+  /// @param bitrate  kilobits per second, of the normal mixed stream
   /// @callback onLiveMixVideoBitrateSet
   std::int64_t setLiveMixVideoBitrate(std::int64_t bitrate);
+  /// @param tiny  true: the small mixed stream; the forms without it mean the normal one
   std::int64_t setLiveMixVideoBitrate(std::int64_t bitrate, bool tiny);
   /// @param width,height  pixels; passed on unchecked
   /// @callback onLiveMixVideoResolutionSet
@@ -391,14 +391,17 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// @return 0
   std::int64_t removeLiveMixInnerCdnStreamView();
 
-  /// Sets size or frame rate of the inner CDN stream; the other one is sent along as last confirmed, or -1.
+  /// Sets the size of the inner CDN stream; its frame rate is sent along as last confirmed, or -1.
   /// @param width,height  exactly one of the portrait presets of LMRTCIWConfigUtility
-  /// @param fps           LMRTCIWVideoFps; any other number is sent as -1
   /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
   ///         LMRTCWrapperCodeStreamNotExist when the room has no such stream; LMRTCWrapperCodeParameterError
   ///         when the size is no preset
-  /// @callback onLocalLiveMixInnerCdnVideoResolutionSet, onLocalLiveMixInnerCdnVideoFpsSet
+  /// @callback onLocalLiveMixInnerCdnVideoResolutionSet
   std::int64_t setLocalLiveMixInnerCdnVideoResolution(std::int64_t width, std::int64_t height);
+  /// Sets the frame rate of the inner CDN stream; its size is sent along as last confirmed, or -1.
+  /// @param fps  LMRTCIWVideoFps; any other number is sent as -1
+  /// @return as setLocalLiveMixInnerCdnVideoResolution, but for the size
+  /// @callback onLocalLiveMixInnerCdnVideoFpsSet
   std::int64_t setLocalLiveMixInnerCdnVideoFps(std::int64_t fps);
 
   /// Mutes the inner CDN stream here. Codes as above.

@@ -25,8 +25,8 @@ class LinkObserver {
   /// An invitation between this room and another one was answered.
   virtual void linkAnswered(const LinkEnd& /*inviter*/, const LinkEnd& /*invitee*/, bool /*agree*/,
                             const std::string& /*extra*/) {}
-  /// The link with a room that the member has joined beside its own is over, and so is that stay.
-  /// @param userId  who has ended it
+  /// The link with a room that the member has joined beside its own was ended by that user, and with it that
+  /// stay.
   virtual void linkFinished(const std::string& /*roomId*/, const std::string& /*userId*/) {}
 };
 

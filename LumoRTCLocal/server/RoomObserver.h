@@ -29,7 +29,7 @@ class RoomObserver {
   virtual ~RoomObserver() = default;
 
   virtual void memberJoined(const std::string& /*userId*/) {}
-  /// @param offline  the connection was lost
+  /// Offline: the connection was lost.
   virtual void memberLeft(const std::string& /*userId*/, bool /*offline*/) {}
   virtual void streamsPublished(const std::vector<PublicationState>& /*streams*/) {}
   virtual void streamsUnpublished(const Publications& /*streams*/) {}
