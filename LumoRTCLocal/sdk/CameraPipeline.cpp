@@ -77,6 +77,10 @@ void CameraPipeline::setMirror(bool mirror) {
   change([mirror](Settings& settings) { settings.mirror = mirror; });
 }
 
+void CameraPipeline::setWatermark(std::shared_ptr<Watermark> watermark) {
+  change([&watermark](Settings& settings) { std::swap(settings.watermark, watermark); });
+}
+
 void CameraPipeline::setTinyEnabled(bool enabled) {
   change([enabled](Settings& settings) { settings.tinyEnabled = enabled; });
 }
@@ -150,12 +154,23 @@ void CameraPipeline::capture(std::uint64_t run) {
   Step step;
   if (!self || !beginStep(run, step)) return;
   const Settings& settings = step.settings;
-  if (auto picture = settings.source->frameAt(step.time - settings.sourceStart, settings.format)) {
-    const LMRTCVideoFrame frame = wrapper_.wrap(picture, step.time, settings.rotation);
-    if (step.delivery) step.delivery->offer(frame);
-    if (isSending(settings)) send(step, picture, frame);
-  }
+  if (auto picture = settings.source->frameAt(step.time - settings.sourceStart, settings.format))
+    deliver(step, std::move(picture));
   endStep(run);
+}
+
+void CameraPipeline::deliver(const Step& step, std::shared_ptr<const LumoRTCI420Buffer> picture) {
+  const Settings& settings = step.settings;
+  const bool isSent = isSending(settings);
+  std::shared_ptr<const LumoRTCI420Buffer> sent;
+  if (const auto& watermark = settings.watermark) {
+    // Whatever is mirrored on its way needs a watermark the other way round.
+    if (isSent && settings.mirror) sent = watermark->draw(picture, settings.rotation, true, pool_);
+    picture = watermark->draw(std::move(picture), settings.rotation, false, pool_);
+  }
+  const LMRTCVideoFrame frame = wrapper_.wrap(picture, step.time, settings.rotation);
+  if (step.delivery) step.delivery->offer(frame);
+  if (isSent) send(step, sent ? sent : picture, frame);
 }
 
 bool CameraPipeline::beginStep(std::uint64_t run, Step& step) {

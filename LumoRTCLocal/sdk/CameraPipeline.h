@@ -12,6 +12,7 @@
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/media/VideoFormat.h"
 #include "LumoRTCLocal/media/VideoSource.h"
+#include "LumoRTCLocal/media/Watermark.h"
 #include "LumoRTCLocal/sdk/FrameWrapper.h"
 #include "LumoRTCLocal/sdk/SendHook.h"
 #include "LumoRTCLocal/server/Publication.h"
@@ -37,8 +38,11 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   /// How the pictures have to be turned to stand upright; they themselves are not turned.
   /// @param degrees  clockwise: 0, 90, 180 or 270
   void setRotation(std::int32_t degrees);
-  /// Mirrors what is sent, left to right when it stands upright.
+  /// Mirrors what is sent, left to right when it stands upright. A watermark is not mirrored: it can be read
+  /// in the preview and by the members.
   void setMirror(bool mirror);
+  /// Drawn into every picture from now on; null draws nothing. It must not be given to two pipelines.
+  void setWatermark(std::shared_ptr<Watermark> watermark);
   /// Who sees and may replace the pictures before they are mirrored, scaled and sent: also while nobody wants
   /// those of an open publication. Empty: nobody.
   void setSendCallback(SendHook::Callback callback);
@@ -70,6 +74,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
     VideoFormat format;
     std::int32_t rotation = 0;
     bool mirror = false;
+    std::shared_ptr<Watermark> watermark;
     bool tinyEnabled = true;
     std::optional<VideoFormat> tinyFormat;
     bool active = false;
@@ -90,6 +95,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   void capture(std::uint64_t run);
   bool beginStep(std::uint64_t run, Step& step);
   void endStep(std::uint64_t run);
+  void deliver(const Step& step, std::shared_ptr<const LumoRTCI420Buffer> picture);
   void send(const Step& step, const std::shared_ptr<const LumoRTCI420Buffer>& picture,
             const LMRTCVideoFrame& frame);
   bool isTinyDue(const VideoFormat& tiny, Microseconds time);

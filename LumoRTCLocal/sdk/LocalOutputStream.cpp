@@ -162,6 +162,7 @@ void LocalCamera::reset() {
   pipeline_->setSendCallback({});
   pipeline_->setCapturing(true);
   pipeline_->setRotation(0);
+  pipeline_->setWatermark(nullptr);
   cameras_->setPosition(LMRTCDeviceCameraFront);
   focus_.set({});
   exposure_.set({});
@@ -205,6 +206,13 @@ void LocalCamera::switchCamera() { cameras_->switchPosition(); }
 void LocalCamera::setVideoOrientation(std::int64_t orientation) {
   if (orientation < 0 || orientation > 3) return;
   pipeline_->setRotation(static_cast<std::int32_t>(orientation) * 90);
+}
+
+bool LocalCamera::setWaterMark(const std::shared_ptr<const UIImage>& image, const UIRect& position) {
+  auto watermark = image ? Watermark::create(*image, position) : nullptr;
+  if (image && !watermark) return false;
+  pipeline_->setWatermark(std::move(watermark));
+  return true;
 }
 
 std::shared_ptr<Publication> LocalCamera::makePublication() {

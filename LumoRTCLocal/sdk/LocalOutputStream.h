@@ -125,10 +125,11 @@ class LocalCamera : public LocalStream<LMRTCCameraVideoOutputStream>, public Loc
   /// change nothing.
   void setVideoOrientation(std::int64_t orientation) override;
 
-  // Not supported yet: without effect.
-  bool setWaterMark(const std::shared_ptr<const UIImage>& /*image*/, const UIRect& /*position*/) override {
-    return false;
-  }
+  /// The image is copied. Everybody sees it upright and unmirrored, at that place in the upright picture,
+  /// which `position` is about: preview, members, live mix. Observers of sent pictures see it the other way
+  /// round while what is sent is mirrored.
+  /// @return false, and nothing changes, for what Watermark::create refuses
+  bool setWaterMark(const std::shared_ptr<const UIImage>& image, const UIRect& position) override;
 
   std::shared_ptr<Publication> makePublication() override;
   void attach(const std::shared_ptr<Publication>& publication) override;
