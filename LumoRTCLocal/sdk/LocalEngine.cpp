@@ -110,6 +110,10 @@ std::shared_ptr<LMRTCFileVideoOutputStream> LocalEngine::createFileVideoOutputSt
                                           configuredFormat(VideoFormat(), config)});
 }
 
+void LocalEngine::startEchoTest(double seconds) {
+  microphone_->setEchoTest(std::make_shared<EchoTest>(context_->speaker, seconds));
+}
+
 void LocalEngine::startRTCProbeTest(Completion completion) {
   context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported); });
 }
@@ -141,6 +145,7 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
                               config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room, otherRooms,
                               config.liveType().value_or(LMRTCLiveTypeAudioVideo)});
   if (result.code != LocalCodeSuccess) return result.code;
+  stopEchoTest();
   room->enter(result, {microphone_, camera_});
   context_->audio->addListener(context_->speaker);
   {

@@ -41,6 +41,11 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera_; }
   const LocalCamera& camera() const { return *camera_; }
 
+  /// Lets the local user hear the microphone, as EchoTest. A second test takes the place of the first.
+  /// Joining a room ends it, as does un-initialising the engine; without effect before it is initialised.
+  void startEchoTest(double seconds) override;
+  void stopEchoTest() override { microphone_->setEchoTest(nullptr); }
+
   void enableSpeaker(bool enabled) override { context_->speaker->setEnabled(enabled); }
   std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
   const std::shared_ptr<LocalAudioMixer>& audioMixer() const { return mixer_; }
@@ -56,8 +61,6 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
 
   // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
   void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
-  void startEchoTest(double /*seconds*/) override {}
-  void stopEchoTest() override {}
   void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> /*delegate*/) override {}
   void startRTCProbeTest(Completion completion) override;
   void stopRTCProbeTest(Completion completion) override;

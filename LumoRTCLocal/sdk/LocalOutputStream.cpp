@@ -29,6 +29,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
 
   void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
   void setTarget(const std::shared_ptr<Publication>& publication) { target_.set(publication); }
+  void setEchoTest(std::shared_ptr<EchoTest> test) { echoTest_.set(std::move(test)); }
 
   AudioTap& recordTap() { return recordTap_; }
   AudioTap& sendTap() { return sendTap_; }
@@ -43,6 +44,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
     } else {
       block_.samples.fill(0);
     }
+    if (const auto test = echoTest_.get()) test->take(block_);
     hasSound_ = files_->publish(block_, time) || isCaptured;
     const auto target = target_.get().lock();
     const bool isSent = hasSound_ && target && target->isEnabled();
@@ -70,6 +72,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
   std::atomic<std::uint64_t> volume_{kFullVolume};
   std::atomic<bool> enabled_{true};
   Cell<std::weak_ptr<Publication>> target_;  ///< what is sent; weak, as it owns the capture
+  Cell<std::shared_ptr<EchoTest>> echoTest_;
   AudioTap recordTap_;
   AudioTap sendTap_;
   Cell<std::shared_ptr<WavWriter>> recorder_;
@@ -98,11 +101,24 @@ void LocalMicrophone::setActive(bool active) {
     const std::lock_guard lock(mutex_);
     active_ = active;
   }
+  if (!active) setEchoTest(nullptr);
   updateCapture();
 }
 
 void LocalMicrophone::setRecorder(std::shared_ptr<WavWriter> recorder) {
   capture_->setRecorder(std::move(recorder));
+}
+
+void LocalMicrophone::setEchoTest(std::shared_ptr<EchoTest> test) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (test && !active_) return;
+    if (echoTest_) exchange_->removeListener(echoTest_);
+    if (test) exchange_->addListener(test);
+    capture_->setEchoTest(test);
+    std::swap(echoTest_, test);  // the former one goes after the lock
+  }
+  updateCapture();
 }
 
 void LocalMicrophone::setIsMute(bool mute) {
@@ -143,7 +159,7 @@ void LocalMicrophone::attach(const std::shared_ptr<Publication>& publication) {
 
 void LocalMicrophone::updateCapture() {
   const std::lock_guard lock(mutex_);
-  if (active_ && (publication() || capture_->recordTap().isSet())) {
+  if (active_ && (publication() || capture_->recordTap().isSet() || echoTest_)) {
     exchange_->addListener(capture_);
   } else {
     exchange_->removeListener(capture_);

@@ -14,6 +14,7 @@
 #include "LumoRTCLocal/media/WavWriter.h"
 #include "LumoRTCLocal/sdk/CameraPair.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
+#include "LumoRTCLocal/sdk/EchoTest.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
 #include "LumoRTCLocal/sdk/LocalStream.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
@@ -39,7 +40,7 @@ class LocalOutput {
 };
 
 /// The microphone: a tone, at the recording volume, sent together with the sound files that are published. It
-/// captures while it is published or watched.
+/// captures while it is published, watched or tested.
 class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public LocalOutput {
  public:
   /// @param tone   what the microphone hears
@@ -48,12 +49,16 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
                   std::shared_ptr<MediaServer> server, std::shared_ptr<AudioExchange> exchange,
                   std::shared_ptr<FilePlayback> files);
 
-  /// Between the engine's initialisation and its end. The end also takes the callbacks away and switches the
-  /// microphone on again.
+  /// Between the engine's initialisation and its end. The end also takes the callbacks away, ends the echo
+  /// test and switches the microphone on again.
   void setActive(bool active);
 
   /// Writes what is sent, silence while it is muted or disabled, for as long as it captures; null ends it.
   void setRecorder(std::shared_ptr<WavWriter> recorder);
+
+  /// Gives what it captures, silence while it is disabled, to an echo test in place of the one before; null
+  /// ends it. Nothing happens while the engine is not initialised.
+  void setEchoTest(std::shared_ptr<EchoTest> test);
 
   void setIsMute(bool mute) override;
   /// Without effect: sound goes uncompressed from member to member.
@@ -82,6 +87,7 @@ class LocalMicrophone : public LocalStream<LMRTCAudioOutputStream>, public Local
   const std::shared_ptr<AudioExchange> exchange_;
   std::mutex mutex_;  ///< guards what follows, together with the capture's place in the exchange
   bool active_ = false;
+  std::shared_ptr<EchoTest> echoTest_;
 };
 
 /// The camera: a front and a back one, of which one is in use.

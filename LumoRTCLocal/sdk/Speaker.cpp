@@ -9,8 +9,8 @@ void Speaker::setSink(Sink sink) {
 }
 
 void Speaker::addLocal(const AudioMix& mix) {
-  local_ = mix;
-  hasLocal_ = true;
+  if (!std::exchange(hasLocal_, true)) local_.clear();
+  local_.add(mix);
 }
 
 void Speaker::audioTick(Microseconds time) {

@@ -36,7 +36,7 @@ class Speaker : public AudioTickListener {
 
   /// Audio runner only: adds something received to the block that is being mixed.
   void add(const AudioBlock& block) { mix_.add(block); }
-  /// Audio runner only: adds something that the local user plays.
+  /// Audio runner only: adds something that only the local user hears.
   void addLocal(const AudioMix& mix);
   /// Plays the block. More calls for the same time do nothing, as several may keep the speaker going.
   void audioTick(Microseconds time) override;

@@ -152,5 +152,37 @@ TEST_F(WatermarkTest, IsClippedRefusedAndTakenAwayWithoutATraceInTheSource) {
   EXPECT_EQ(before, allocationCount());
 }
 
+TEST_F(CallTest, TheEchoTestPlaysTheMicrophoneAfterTheInterval) {
+  std::vector<std::int16_t> heard;
+  local->setSpeaker([&](const AudioBlock& block, Microseconds) {
+    heard.insert(heard.end(), block.samples.begin(), block.samples.end());
+  });
+  /// What the next seconds bring: nothing at all, silence, or the microphone's tone.
+  const auto listen = [&](int seconds) {
+    std::string text;
+    for (int i = 0; i < seconds; ++i) {
+      heard.clear();
+      advance(1s);
+      text += heard.empty() ? '-' : std::abs(toneLevel(heard, 300) - 0.2) < 0.01 ? 'T' : 's';
+    }
+    return text;
+  };
+  ASSERT_EQ(0, engine->startEchoTest(2));
+  EXPECT_EQ("ssTTssTT", listen(8)) << "outside a room";
+  ASSERT_EQ(0, engine->startEchoTest(-5));
+  EXPECT_EQ("sTsT", listen(4)) << "at least a second";
+  engine->enableMicrophone(false);
+  EXPECT_EQ("ss", listen(2));
+  engine->enableMicrophone(true);
+  ASSERT_EQ(0, engine->stopEchoTest());
+  EXPECT_EQ("--", listen(2));
+
+  ASSERT_EQ(0, engine->startEchoTest(1));
+  join();
+  EXPECT_EQ("ss", listen(2)) << "joining ends it";
+  ASSERT_EQ(0, engine->startEchoTest(1));
+  EXPECT_EQ("sT", listen(2)) << "in a room";
+}
+
 }  // namespace
 }  // namespace lumo::test
