@@ -31,6 +31,7 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
       options.pace == LumoRTCLocal::Pace::manual ? lumo::Timeline::manual() : lumo::Timeline::realTime();
   context->sdk = context->timeline->makeRunner("sdk");
   context->operations = std::make_shared<lumo::Operations>(context->timeline, context->sdk);
+  context->renderGate = std::make_shared<lumo::CallbackGate>();
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
   context->server = std::make_shared<lumo::MediaServer>(context->timeline, context->sdk, context->audio);
   context->connection = std::make_shared<lumo::NetworkConnection>(kLocalSource);
@@ -63,7 +64,7 @@ struct LumoRTCLocal::State {
             std::make_shared<lumo::CameraPair>(std::make_unique<lumo::TestPictureSource>(kLocalSource),
                                                std::make_unique<lumo::TestPictureSource>(kBackCameraSource))),
         camera(std::make_shared<lumo::CameraPipeline>(context->timeline, "camera", cameras,
-                                                      lumo::VideoFormat())),
+                                                      lumo::VideoFormat(), context->renderGate)),
         engine(std::make_shared<lumo::LocalEngine>(context, camera, cameras,
                                                    lumo::ScriptedParticipant::makeTone(kLocalSource))),
         provider(std::make_shared<lumo::LocalProvider>(engine, engine->audioMixer())) {}

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "LumoRTCLibWrapper/engine/CallbackGate.h"
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineState.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStatusReport.h"
+#include "LumoRTCLibWrapper/util/LMIWCallbackGate.h"
 #include "LumoRTCLibWrapper/util/LMIWFormat.h"
 
 class CallFrame;

@@ -22,6 +22,9 @@ FrameSize uprightSize(const LMRTCVideoFrame& frame) {
 }  // namespace
 
 struct FrameDelivery::State {
+  explicit State(std::shared_ptr<const CallbackGate> frameGate) : gate(std::move(frameGate)) {}
+
+  const std::shared_ptr<const CallbackGate> gate;
   mutable std::mutex mutex;  // guards the rest
   std::weak_ptr<LMRTCVideoRenderer> renderer;
   LMRTCVideoFrame waiting;  // without pixels when none waits
@@ -31,8 +34,8 @@ struct FrameDelivery::State {
   std::uint64_t superseded = 0;
 };
 
-FrameDelivery::FrameDelivery(Timeline& timeline, std::string name)
-    : state_(std::make_shared<State>()), runner_(timeline.makeRunner(std::move(name))) {}
+FrameDelivery::FrameDelivery(Timeline& timeline, std::string name, std::shared_ptr<const CallbackGate> gate)
+    : state_(std::make_shared<State>(std::move(gate))), runner_(timeline.makeRunner(std::move(name))) {}
 
 FrameDelivery::~FrameDelivery() = default;
 
@@ -81,6 +84,8 @@ void FrameDelivery::deliver(const std::shared_ptr<State>& state) {
     isNewSize = std::exchange(state->announced, uprightSize(frame)) != uprightSize(frame);
     ++state->delivered;
   }
+  const auto pass = state->gate ? state->gate->enter() : CallbackGate::Pass();
+  if (state->gate && !pass) return;
   const FrameSize size = uprightSize(frame);
   if (isNewSize) renderer->setSize(size.width, size.height);
   renderer->renderFrame(frame);

@@ -6,6 +6,7 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
+#include "LumoRTCLibWrapper/util/LMIWCallbackGate.h"
 #include "LumoRTCLocal/media/Timeline.h"
 
 namespace lumo {
@@ -16,7 +17,8 @@ namespace lumo {
 class FrameDelivery {
  public:
   /// @param name  of the runner
-  FrameDelivery(Timeline& timeline, std::string name);
+  /// @param gate  that every frame has to pass, for it stays away while that is closed; null: none
+  FrameDelivery(Timeline& timeline, std::string name, std::shared_ptr<const CallbackGate> gate = nullptr);
   ~FrameDelivery();
   FrameDelivery(const FrameDelivery&) = delete;
   FrameDelivery& operator=(const FrameDelivery&) = delete;

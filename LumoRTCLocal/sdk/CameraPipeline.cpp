@@ -31,8 +31,9 @@ struct CameraPipeline::Step {
 };
 
 CameraPipeline::CameraPipeline(std::shared_ptr<Timeline> timeline, std::string name,
-                               std::shared_ptr<VideoSource> source, const VideoFormat& format)
-    : timeline_(std::move(timeline)), name_(std::move(name)) {
+                               std::shared_ptr<VideoSource> source, const VideoFormat& format,
+                               std::shared_ptr<const CallbackGate> renderGate)
+    : timeline_(std::move(timeline)), renderGate_(std::move(renderGate)), name_(std::move(name)) {
   settings_.source = std::move(source);
   settings_.format = format;
 }
@@ -110,7 +111,8 @@ void CameraPipeline::setPreview(const std::shared_ptr<LMRTCVideoRenderer>& rende
   std::shared_ptr<FrameDelivery> delivery;
   change([&](Settings& settings) {
     settings.preview = renderer;
-    if (renderer && !delivery_) delivery_ = std::make_shared<FrameDelivery>(*timeline_, name_ + " preview");
+    if (renderer && !delivery_)
+      delivery_ = std::make_shared<FrameDelivery>(*timeline_, name_ + " preview", renderGate_);
     delivery = delivery_;
   });
   if (delivery) delivery->setRenderer(renderer);

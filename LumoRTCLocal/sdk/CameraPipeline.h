@@ -27,8 +27,9 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
  public:
   /// @param name    of the runners
   /// @param source  null: there is nothing to capture
+  /// @param renderGate  of the preview, as for FrameDelivery
   CameraPipeline(std::shared_ptr<Timeline> timeline, std::string name, std::shared_ptr<VideoSource> source,
-                 const VideoFormat& format);
+                 const VideoFormat& format, std::shared_ptr<const CallbackGate> renderGate = nullptr);
 
   /// Captures from `source` from the next picture on; its capture time starts at 0. Null ends the capture.
   void setSource(std::shared_ptr<VideoSource> source);
@@ -101,6 +102,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   bool isTinyDue(const VideoFormat& tiny, Microseconds time);
 
   const std::shared_ptr<Timeline> timeline_;
+  const std::shared_ptr<const CallbackGate> renderGate_;
   const std::string name_;
   const FrameWrapper wrapper_;
   SendHook sendHook_;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "LumoRTCLibWrapper/util/LMIWCallbackGate.h"
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
 #include "LumoRTCLocal/sdk/Operations.h"
@@ -19,6 +20,7 @@ struct LocalContext {
   std::shared_ptr<Timeline> timeline;
   std::shared_ptr<Runner> sdk;  ///< the SDK's thread: completions and events
   std::shared_ptr<Operations> operations;
+  std::shared_ptr<CallbackGate> renderGate;  ///< passed by every frame to a surface; open while initialised
   std::shared_ptr<MediaServer> server;
   std::shared_ptr<NetworkConnection> connection;  ///< of the local user
   std::shared_ptr<AudioExchange> audio;

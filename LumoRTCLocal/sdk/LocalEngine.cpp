@@ -32,6 +32,7 @@ void LocalEngine::setMediaServerUrl(const std::string& /*url*/) {}
 
 void LocalEngine::initWithConfig(const LMRTCConfig& /*config*/) {
   context_->operations->begin();
+  context_->renderGate->open();
   microphone_->setActive(true);
   pipeline_->setActive(true);
 }
@@ -51,6 +52,7 @@ void LocalEngine::unInit() {
   pipeline_->setActive(false);
   camera_->reset();
   delegate_.set({});
+  context_->renderGate->close();
 }
 
 void LocalEngine::joinRoom(const std::string& roomId, const LMRTCRoomConfig& config,

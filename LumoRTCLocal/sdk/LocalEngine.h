@@ -33,7 +33,8 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   /// applications.
   void initWithConfig(const LMRTCConfig& config) override;
   /// Also stops what plays from files, takes the callbacks of microphone, camera and room away and brings the
-  /// devices back to where they start.
+  /// devices back to where they start. When it has returned no surface gets a frame any more; it waits for
+  /// those that are being shown, unless the thread is itself in a callback of the host.
   void unInit() override;
   void joinRoom(const std::string& roomId, const LMRTCRoomConfig& config, JoinCompletion completion) override;
   void leaveRoom(Completion completion) override;

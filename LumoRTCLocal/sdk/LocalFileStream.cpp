@@ -12,7 +12,7 @@ LocalFileStream::LocalFileStream(std::shared_ptr<const LocalContext> context, Se
       context_(std::move(context)),
       settings_(std::move(settings)),
       pipeline_(std::make_shared<CameraPipeline>(context_->timeline, "file " + settings_.tag, nullptr,
-                                                 settings_.format)) {
+                                                 settings_.format, context_->renderGate)) {
   pipeline_->setActive(true);
 }
 

@@ -68,6 +68,7 @@ LocalVideoInput::LocalVideoInput(const std::shared_ptr<const LocalContext>& cont
     : LocalStream(state.publication->name()),
       RemoteStream(state, std::move(listener)),
       timeline_(context->timeline),
+      renderGate_(context->renderGate),
       sound_(context->speaker) {}
 
 std::shared_ptr<LMRTCInputStream> LocalVideoInput::input() { return {shared_from_this(), this}; }
@@ -86,7 +87,8 @@ void LocalVideoInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& vi
   std::shared_ptr<FrameDelivery> delivery;
   {
     const std::lock_guard lock(mutex_);
-    if (view && !delivery_) delivery_ = std::make_shared<FrameDelivery>(*timeline_, "render " + userId());
+    if (view && !delivery_)
+      delivery_ = std::make_shared<FrameDelivery>(*timeline_, "render " + userId(), renderGate_);
     delivery = delivery_;
   }
   if (delivery) delivery->setRenderer(view);

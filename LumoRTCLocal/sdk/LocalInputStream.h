@@ -105,6 +105,7 @@ class LocalVideoInput : public LocalStream<LMRTCVideoInputStream>, public Remote
   std::shared_ptr<FrameDelivery> delivery() const;
 
   const std::shared_ptr<Timeline> timeline_;
+  const std::shared_ptr<const CallbackGate> renderGate_;
   ReceivedSound sound_;
   Cell<std::weak_ptr<LMRTCVideoInputStreamDelegate>> delegate_;
   mutable std::mutex mutex_;                 ///< guards the pointer

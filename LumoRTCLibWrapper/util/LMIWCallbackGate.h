@@ -7,8 +7,8 @@
 
 namespace lumo {
 
-/// The way to the host's callbacks, which the engine's end closes for good: whoever calls the host passes it
-/// and is inside until the callback has returned. Any thread.
+/// The way to the host's code: whoever calls a callback or a surface passes it and is inside until the call
+/// has returned. Closing it ends the calls for good, or until it is opened again. Open at first. Any thread.
 class CallbackGate {
  public:
   /// Whether, and as long as, a thread is inside. It stays on its thread.
@@ -37,6 +37,8 @@ class CallbackGate {
   }
 
   bool isClosed() const { return closed_.load(); }
+
+  void open() { closed_.store(false); }
 
   /// Lets nobody in any more and waits until all are out. A thread that is itself inside a gate does not
   /// wait: it would wait for itself, or for one that waits for it.
