@@ -35,7 +35,8 @@ class TempFolder {
 
 std::string readFile(const std::string& path);
 
-/// A media file to make, with uncompressed pictures and sound.
+/// A media file to make, with uncompressed sound and pictures; those of .mov files are compressed without
+/// loss, those of .mjpeg files are bare JPEG pictures without timestamps.
 struct Clip {
   std::int32_t framesPerSecond = 10;
   std::int32_t pictures = 10;  ///< 0: no picture stream; each is 64 x 48 in the `clipColor` of its number
@@ -58,10 +59,6 @@ struct Tone {
 /// Makes a sound file in 48 kHz stereo, the tones one after another at an amplitude of 0.25, and returns its
 /// path. The extension chooses container and codec: wav, flac, mp3, m4a (AAC) or ogg.
 std::string writeTones(const TempFolder& folder, const std::string& name, const std::vector<Tone>& tones);
-
-/// Makes a file of bare JPEG pictures in the colours of a clip: without a container, and so without
-/// timestamps.
-std::string writeMotionJpeg(const TempFolder& folder, const std::string& name, std::int32_t pictures);
 
 /// A picture of one colour.
 std::shared_ptr<LumoRTCI420Buffer> solid(std::int32_t width, std::int32_t height, const YuvColor& color);

@@ -24,8 +24,8 @@ class MediaFileReaderTest : public testing::Test {
 };
 
 TEST_F(MediaFileReaderTest, GivesPicturesAndSoundWithTheirTimes) {
-  const auto path = writeClip(folder_, "clip.mkv", {.pictures = 12, .toneHz = 500, .toneSeconds = 1.2});
-  const auto reader = open(path, MediaKind::both);
+  const auto reader = open(
+      writeClip(folder_, "clip.mkv", {.pictures = 12, .toneHz = 500, .toneSeconds = 1.2}), MediaKind::both);
   ASSERT_TRUE(reader->hasPicture() && reader->hasSound());
   EXPECT_NEAR(1.2, static_cast<double>(reader->duration().count()) / 1e6, 0.01);
   for (int round = 0; round < 2; ++round) {
@@ -69,23 +69,18 @@ TEST_F(MediaFileReaderTest, SeeksToThePictureShownAndTheSoundFromThere) {
   const auto reader = open(writeClip(folder_, "tone.wav", {.pictures = 0, .toneHz = 300}), MediaKind::sound);
   ASSERT_TRUE(reader->seek(250ms));
   EXPECT_EQ(250ms, reader->nextSound()->timestamp);
-  ASSERT_TRUE(reader->seek(1h));
-  EXPECT_FALSE(reader->nextSound());
 }
 
 TEST_F(MediaFileReaderTest, SeeksFilesWithoutTimestampsByReadingThemFromTheirStart) {
-  const auto reader = open(writeMotionJpeg(folder_, "clip.mjpeg", 20), MediaKind::picture);
-  const auto expectNext = [&](int number) {
-    const auto picture = reader->nextPicture();
-    ASSERT_TRUE(picture) << number;
-    EXPECT_EQ(40ms * number, picture->timestamp);  // 25 pictures a second, for want of anything better
-    const int limitedRange = 16 + clipColor(number).y * 219 / 255;
-    EXPECT_NEAR(limitedRange, colorAt(*picture->picture, 9, 9).y, 3);
-  };
-  for (const int number : {12, 3, 0, 18}) {
-    ASSERT_TRUE(reader->seek(40ms * number + 39ms));
-    expectNext(number);
-    expectNext(number + 1);
+  const auto reader = open(writeClip(folder_, "clip.mjpeg", {.pictures = 20}), MediaKind::picture);
+  for (const int goal : {12, 3, 0, 18}) {
+    ASSERT_TRUE(reader->seek(40ms * goal + 39ms));
+    for (const int number : {goal, goal + 1}) {
+      const auto picture = reader->nextPicture();
+      ASSERT_TRUE(picture) << number;
+      EXPECT_EQ(40ms * number, picture->timestamp);  // 25 pictures a second, for want of anything better
+      EXPECT_NEAR(16 + clipColor(number).y * 219 / 255, colorAt(*picture->picture, 9, 9).y, 3);
+    }
   }
   EXPECT_FALSE(reader->nextPicture());
 }
@@ -110,9 +105,7 @@ TEST_F(MediaFileReaderTest, SaysWhatIsWrongWithAFile) {
   };
   const Case cases[] = {
       {folder_.path("missing.mp4"), MediaKind::both, "cannot be opened: No such file or directory"},
-      {folder_.path(""), MediaKind::both, "cannot be opened: Is a directory"},
       {folder_.write("empty.mp4", ""), MediaKind::both, notMedia},
-      {folder_.write("text.txt", "This is no picture.\n"), MediaKind::both, notMedia},
       {folder_.write("text.mp4", std::string(5000, 'x')), MediaKind::picture, notMedia},
       {folder_.write("cut.mov", whole.substr(0, whole.rfind("moov"))), MediaKind::picture, notMedia},
       {sound, MediaKind::picture, "has no picture"},
@@ -123,8 +116,6 @@ TEST_F(MediaFileReaderTest, SaysWhatIsWrongWithAFile) {
     EXPECT_EQ(nullptr, result.reader) << c.path;
     EXPECT_EQ(c.path + " " + c.problem, result.error);
   }
-  EXPECT_EQ("", MediaFileReader::open(sound, MediaKind::both).error);
-  EXPECT_EQ("", MediaFileReader::open(silent, MediaKind::both).error);
 }
 
 TEST_F(MediaFileReaderTest, ReadsACutOffFileUpToTheCut) {

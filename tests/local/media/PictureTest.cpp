@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <functional>
@@ -72,8 +73,8 @@ void expectMoved(const LumoRTCI420Buffer& fromPicture, const LumoRTCI420Buffer& 
 
 TEST(PictureTest, MirrorsAndTurnsEverySampleInEverySize) {
   FramePool pool;
-  for (const int width : {1, 2, 3, 5, 16, 33, 100}) {
-    for (const int height : {1, 2, 3, 4, 17, 64}) {
+  for (const int width : {1, 2, 5, 16, 33, 100}) {
+    for (const int height : {1, 2, 3, 17, 64}) {
       SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
       const auto picture = patterned(width, height);
       expectMoved(*picture, *mirrored(*picture, pool),
@@ -89,27 +90,18 @@ TEST(PictureTest, MirrorsAndTurnsEverySampleInEverySize) {
   }
 }
 
-TEST(PictureTest, GivesTheSameBufferWhereThereIsNothingToDo) {
-  FramePool pool;
-  const auto picture = std::shared_ptr<const LumoRTCI420Buffer>(patterned(6, 4));
-  EXPECT_EQ(picture, scaled(picture, 6, 4, pool));
-  EXPECT_EQ(picture, letterboxed(picture, 6, 4, pool));
-  EXPECT_EQ(picture, rotated(picture, 0, pool));
-}
-
 TEST(PictureTest, ScalingAveragesAndKeepsColours) {
   FramePool pool;
-  auto stripes = solid(64, 64, kOrange);
+  const std::shared_ptr<LumoRTCI420Buffer> stripes = solid(64, 64, kOrange);
   for (int i = 0; i < 64 * 64; ++i) stripes->mutableDataY()[i] = i % 2 ? 200 : 100;
-  const auto half = scaled(stripes, 32, 32, pool);
-  const auto quarter = scaled(stripes, 16, 16, pool);
-  for (int i = 0; i < 16; ++i) {
-    EXPECT_EQ((YuvColor{150, kOrange.u, kOrange.v}), colorAt(*half, i, i));
-    EXPECT_EQ((YuvColor{150, kOrange.u, kOrange.v}), colorAt(*quarter, i, 15 - i));
+  EXPECT_EQ(stripes, scaled(stripes, 64, 64, pool)) << "no copy where there is nothing to do";
+  for (const int size : {32, 16}) {
+    const auto smaller = scaled(stripes, size, size, pool);
+    for (int i = 0; i < size; ++i)
+      EXPECT_EQ((YuvColor{150, kOrange.u, kOrange.v}), colorAt(*smaller, i, size - 1 - i));
   }
-  for (const auto& [width, height] : {std::pair{1, 1}, {3, 1}, {1, 7}, {13, 11}, {200, 90}, {480, 640}}) {
+  for (const auto& [width, height] : {std::pair{1, 1}, {1, 7}, {13, 11}, {480, 640}}) {
     const auto picture = scaled(solid(37, 21, kOrange), width, height, pool);
-    EXPECT_PRED2(isAlmost, colorAt(*picture, 0, 0), kOrange) << width << "x" << height;
     EXPECT_PRED2(isAlmost, colorAt(*picture, width - 1, height - 1), kOrange) << width << "x" << height;
   }
 }
@@ -120,37 +112,30 @@ TEST(PictureTest, FitsPicturesBetweenBlackBars) {
     PixelRect inner;
   };
   const Case cases[] = {
-      {160, 90, 480, 640, {0, 184, 480, 270}},
       {90, 160, 640, 480, {184, 0, 270, 480}},
       {40, 40, 9, 5, {2, 0, 5, 5}},
       {4, 2, 7, 7, {0, 0, 7, 4}},
       {1, 1000, 50, 50, {24, 0, 1, 50}},
-      {8, 6, 4, 3, {0, 0, 4, 3}},
   };
   FramePool pool;
   for (const Case& c : cases) {
     SCOPED_TRACE(std::to_string(c.width) + "x" + std::to_string(c.height));
     PixelRect inner = aspectFit(c.width, c.height, c.outerWidth, c.outerHeight);
     inner.y = inner.y & ~1;
-    EXPECT_EQ(c.inner.width, inner.width);
     EXPECT_EQ(c.inner, inner);
-    pool.take(c.outerWidth, c.outerHeight)->mutableDataY()[0] =
-        99;  // the memory that comes next is not black
+    pool.take(c.outerWidth, c.outerHeight)->mutableDataY()[0] = 99;  // what comes next is not black
     const auto picture = letterboxed(solid(c.width, c.height, kOrange), c.outerWidth, c.outerHeight, pool);
-    const auto isInside = [&](int x, int y, int margin) {
-      return x >= inner.x - margin && x < inner.x + inner.width + margin && y >= inner.y - margin &&
-             y < inner.y + inner.height + margin;
-    };
     for (int y = 0; y < c.outerHeight; ++y) {
       for (int x = 0; x < c.outerWidth; ++x) {
+        const int outside = std::max(
+            {inner.x - x, x - inner.x - inner.width + 1, inner.y - y, y - inner.y - inner.height + 1});
         const YuvColor color = colorAt(*picture, x, y);
-        if (isInside(x, y, 0)) {
-          ASSERT_PRED2(isAlmost, color, kOrange) << x << "," << y;
-        } else {
-          ASSERT_EQ(kBlack.y, color.y) << x << "," << y;
-        }
-        if (!isInside(x, y, 1)) {  // at an odd edge a chroma sample lies on both sides
+        if (outside > 1) {
           ASSERT_EQ(kBlack, color) << x << "," << y;
+        } else if (outside == 1) {  // at an odd edge a chroma sample lies on both sides
+          ASSERT_EQ(kBlack.y, color.y) << x << "," << y;
+        } else {
+          ASSERT_PRED2(isAlmost, color, kOrange) << x << "," << y;
         }
       }
     }

@@ -24,35 +24,27 @@ struct Size {
 
 TEST(TestPictureTest, CanBeReadInEverySizeAndAfterScaling) {
   FramePool pool;
-  for (const Size drawn : {Size{480, 640}, {144, 176}, {640, 480}, {1280, 720}, {333, 251}, {64, 64}}) {
-    for (const std::uint32_t number : {0U, 1U, 7U, 1234U, 0xFFFFFFFFU}) {
+  for (const Size drawn : {Size{480, 640}, {144, 176}, {1280, 720}, {333, 251}, {64, 64}}) {
+    for (const std::uint32_t number : {0U, 1234U, 0xFFFFFFFFU}) {
       TestPictureSource source(number);
       const auto picture = source.frameAt(100s, {drawn.width, drawn.height, 15});
-      ASSERT_EQ(drawn.width, picture->width());
-      ASSERT_EQ(drawn.height, picture->height());
-      const TestPictureReading expected{number, 1500};
-      EXPECT_EQ(expected, readTestPicture(*picture)) << drawn.width << "x" << drawn.height;
-      for (const Size size : {Size{144, 176}, {90, 160}, {1920, 1080}, {51, 47}}) {
-        const auto other = scaled(picture, size.width, size.height, pool);
-        EXPECT_EQ(expected, readTestPicture(*other))
+      for (const Size size : {drawn, Size{144, 176}, {90, 160}, {1920, 1080}, {51, 47}}) {
+        EXPECT_EQ((TestPictureReading{number, 1500}),
+                  readTestPicture(*scaled(picture, size.width, size.height, pool)))
             << drawn.width << "x" << drawn.height << " to " << size.width << "x" << size.height;
       }
     }
   }
 }
 
-TEST(TestPictureTest, IsNotReadWhenMirroredOrTurnedOrNoTestPicture) {
+TEST(TestPictureTest, IsNotReadWhenMirroredOrTurned) {
   FramePool pool;
   for (std::uint32_t number = 0; number < 50; ++number) {
     TestPictureSource source(number);
     const auto picture = source.frameAt(std::chrono::seconds(number), {480, 640, 15});
-    const auto mirror = mirrored(*picture, pool);
-    EXPECT_EQ(std::nullopt, readTestPicture(*mirror));
-    EXPECT_EQ(number, readTestPicture(*mirrored(*mirror, pool))->sourceNumber);
-    for (const int degrees : {90, 180, 270}) {
+    EXPECT_EQ(std::nullopt, readTestPicture(*mirrored(*picture, pool)));
+    for (const int degrees : {90, 180, 270})
       EXPECT_EQ(std::nullopt, readTestPicture(*rotated(picture, degrees, pool)));
-    }
-    EXPECT_EQ(std::nullopt, readTestPicture(*test::solid(480, 640, testPictureColor(number))));
   }
 }
 
@@ -84,26 +76,20 @@ TEST(TestPictureTest, NumbersFramesByTheNearestCaptureTime) {
 TEST(TestPictureTest, ShowsItsColourAtTheRimAndMoves) {
   std::set<std::tuple<int, int, int>> colors;
   for (std::uint32_t number = 0; number < 12; ++number) {
-    TestPictureSource source(number);
-    const auto picture = source.frameAt(500ms, {160, 120, 15});
+    const auto picture = TestPictureSource(number).frameAt(500ms, {160, 120, 15});
     const YuvColor color = testPictureColor(number);
     colors.insert({color.y, color.u, color.v});
-    for (const auto& [x, y] :
-         {std::pair{0, 0}, {159, 0}, {0, 119}, {159, 119}, {5, 60}, {80, 4}, {154, 60}}) {
+    for (const auto& [x, y] : {std::pair{0, 0}, {159, 119}, {5, 60}, {80, 4}, {154, 60}})
       EXPECT_EQ(color, colorAt(*picture, x, y)) << "source " << number << " at " << x << "," << y;
-    }
   }
   EXPECT_EQ(12u, colors.size());
   TestPictureSource source(2);
-  const auto findBlock = [&](Microseconds time) {
+  for (const auto& [time, left] : {std::pair{0us, 8}, {66'667us, 10}, {1'000'000us, 38}}) {
     const auto picture = source.frameAt(time, {160, 120, 15});
     int x = 0;
     while (x < 160 && colorAt(*picture, x, 72).y != 235) ++x;
-    return x;
-  };
-  EXPECT_EQ(8, findBlock(0s));
-  EXPECT_EQ(10, findBlock(66'667us));
-  EXPECT_EQ(38, findBlock(1s));
+    EXPECT_EQ(left, x) << "the block's left edge";
+  }
 }
 
 TEST(TestPictureTest, DrawsInTheSmallestSizes) {
