@@ -1,3 +1,6 @@
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
+#include "LumoRTCLocal/media/ViewPainter.h"
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
 #include "tests/local/sdk/LocalSdkTest.h"
 #include "tests/support/AllocationCount.h"
@@ -18,7 +21,11 @@ TEST_F(AllocationTest, SteadyMediaAllocatesNothing) {
   camera()->setIsEncoderMirror(true);
   std::size_t blocks = 0;
   std::size_t frames = 0;
-  anna->onVideo([&frames](const std::string&, const LMRTCVideoFrame&) { ++frames; });
+  lumo::Bitmap painted{60, 80, {}};
+  anna->onVideo([&](const std::string&, const LMRTCVideoFrame& frame) {
+    lumo::paint(*frame.rtcVideoFrame->buffer->toI420(), 90, LMRTCVideoFillModeAspectFit, true, painted);
+    ++frames;
+  });
   local->setSpeaker([&blocks](const lumo::AudioBlock&, lumo::Microseconds) { ++blocks; });
   local->advance(2s);
 

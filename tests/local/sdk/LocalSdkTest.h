@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <memory>
-#include <numbers>
 #include <optional>
 #include <string>
 #include <utility>
@@ -23,6 +22,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "tests/support/MediaFixtures.h"
 
 using namespace std::chrono_literals;
 using Trace = std::vector<std::string>;
@@ -220,22 +220,15 @@ class LocalSdkTest : public ::testing::Test {
 class ToneMeter {
  public:
   void add(const lumo::AudioBlock& block) {
-    for (std::size_t i = 0; i < block.samples.size(); i += 2) samples_.push_back(block.samples[i]);
+    samples_.insert(samples_.end(), block.samples.begin(), block.samples.end());
   }
-  std::size_t blocks() const { return samples_.size() / lumo::AudioBlock::kSamplesPerChannel; }
   void clear() { samples_.clear(); }
 
   /// The amplitude of a sine of that frequency, 1 being full scale. Exact over whole periods.
   double level(double frequencyHz) const {
-    double sine = 0, cosine = 0;
-    for (std::size_t i = 0; i < samples_.size(); ++i) {
-      const double angle = 2 * std::numbers::pi * frequencyHz * static_cast<double>(i) / 48000;
-      sine += samples_[i] * std::sin(angle);
-      cosine += samples_[i] * std::cos(angle);
-    }
-    return samples_.empty() ? 0 : std::hypot(sine, cosine) * 2 / static_cast<double>(samples_.size()) / 32767;
+    return samples_.empty() ? 0 : lumo::test::toneLevel(samples_, frequencyHz);
   }
 
  private:
-  std::vector<double> samples_;
+  std::vector<std::int16_t> samples_;
 };
