@@ -97,6 +97,9 @@ constexpr auto kNobody = LMRTCWrapperCodeRemoteUserNotJoined;
 constexpr auto kNoStream = LMRTCWrapperCodeStreamNotExist;
 constexpr auto kNotSupported = LMRTCWrapperCodeInterfaceNotSupport;
 constexpr auto kDestroyed = LMRTCWrapperCodeEngineDestroyed;
+const std::string kNoUser = "E: room is nil or localUser is nil";
+const std::string kNoSetup = kNoUser + " or iwRoomSetup is nil";
+const std::string kNoEngine = "E: rtcEngine is nil";
 
 /// An engine on the SDK double, with a listener that has every callback. Log, console, SDK and listener write
 /// to one trace. The end of a test destroys the engine and fails when anything of it is still alive.
@@ -151,6 +154,13 @@ class EngineTest : public ::testing::Test {
     const ::testing::ScopedTrace scope(place.file_name(), static_cast<int>(place.line()), "");
     EXPECT_EQ(expected, actual);
     EXPECT_EQ(Trace::text(lines), trace->take());
+  }
+
+  /// Checks that each call of a table, of which `entry` is the entry line, is refused.
+  template <class Calls>
+  void refuse(std::int64_t code, const Calls& calls, const std::string& error,
+              const Place& place = Place::current()) const {
+    for (const auto& c : calls) expect(code, c.call(*engine), {"T " + c.entry, error}, place);
   }
 
   /// Completes the oldest call of the SDK and checks the whole trace of that.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,20 +29,21 @@ class Trace {
   /// Joins expected lines. "T publish type:2" is short for "log 4 IW/RTC-publish-T type:2", and so for E, R,
   /// L and S. "E: text" is the error line with that text of the method of the entry line before it.
   static std::string text(const std::vector<std::string>& lines) {
-    std::string text;
-    std::string method;
-    for (const auto& line : lines) {
+    std::stringstream all;
+    for (const auto& line : lines) all << line << "\n";
+    std::string text, method;
+    for (std::string line; std::getline(all, line);) {
       const auto end = std::min(line.find(' ', 2), line.size());
       if (line.starts_with("T ")) method = line.substr(2, end - 2);
       if (line.starts_with("E: ")) {
-        text += "log 2 IW/RTC-" + method + "-E msg:" + line.substr(3) + "\n";
-      } else if (line.size() > 2 && line[1] == ' ' &&
-                 std::string("TERLS").find(line[0]) != std::string::npos) {
+        text += "log 2 IW/RTC-" + method + "-E msg:" + line.substr(3);
+      } else if (line.find(' ') == 1) {
         text += std::string("log ") + (line[0] == 'E' ? "2" : "4") + " IW/RTC-" + line.substr(2, end - 2) +
-                "-" + line[0] + line.substr(end) + "\n";
+                "-" + line[0] + line.substr(end);
       } else {
-        text += line + "\n";
+        text += line;
       }
+      text += "\n";
     }
     return text;
   }

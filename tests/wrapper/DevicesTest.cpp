@@ -21,7 +21,7 @@ TEST_F(DevicesTest, ControlsReachTheDefaultStreamsUnchecked) {
           "sdk me_cam.setCameraExposurePositionInPreview {1, 0}"});
   expect(0, engine->setCameraCaptureOrientation(9),
          {"T setCameraCaptureOrientation orientation:9", "sdk me_cam.setVideoOrientation 9"});
-  expect(LMRTCWrapperCodeInterfaceNotSupport, engine->switchToCamera(1), {"T switchToCamera camera:1"});
+  expect(kNotSupported, engine->switchToCamera(1), {"T switchToCamera camera:1"});
 
   expect(0, engine->muteLocalStream(0, true), {"T muteLocalStream type:0,mute:1", "sdk me_mic.setIsMute 1"});
   expect(0, engine->muteLocalStream(1, false), {"T muteLocalStream type:1,mute:0", "sdk me_cam.setIsMute 0"});
@@ -52,8 +52,7 @@ TEST_F(DevicesTest, CameraResultsComeOnTheMainQueueAndReadTheCameraThere) {
   trace->take();
   MainQueue::runPending();
   EXPECT_TRACE();
-  expect(LMRTCWrapperCodeParameterError, engine->enableCamera(true, -1),
-         {"T enableCamera enable:1,camera:-1"});
+  expect(kBadParameter, engine->enableCamera(true, -1), {"T enableCamera enable:1,camera:-1"});
 
   for (const auto& [position, camera] : {std::pair{2, 0}, {1, 1}, {0, -1}, {3, -1}}) {
     sdk->engine->camera->position = position;
@@ -64,18 +63,16 @@ TEST_F(DevicesTest, CameraResultsComeOnTheMainQueueAndReadTheCameraThere) {
 }
 
 TEST_F(DevicesTest, MutingOthersSelectsByMediaTypeAndReportsWhenNothingMatched) {
-  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->muteRemoteStream("u1", 2, true),
-         {"T muteRemoteStream userId:u1,type:2,mute:1",
-          "E muteRemoteStream msg:room is nil or localUser is nil"});
-  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->muteAllRemoteAudioStreams(true),
-         {"T muteAllRemoteAudioStreams mute:1", "E muteAllRemoteAudioStreams msg:room is nil"});
-  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->muteLiveMixStream(2, true),
-         {"T muteLiveMixStream type:2,mute:1", "E muteLiveMixStream msg:room is nil or localUser is nil"});
+  expect(kNotJoined, engine->muteRemoteStream("u1", 2, true),
+         {"T muteRemoteStream userId:u1,type:2,mute:1", kNoUser});
+  expect(kNotJoined, engine->muteAllRemoteAudioStreams(true),
+         {"T muteAllRemoteAudioStreams mute:1", "E: room is nil"});
+  expect(kNotJoined, engine->muteLiveMixStream(2, true), {"T muteLiveMixStream type:2,mute:1", kNoUser});
 
   room->users = {user("u1", {audio("u1"), video("u1"), stream("u1", "cam2", 1)}), user("u2", {audio("u2")})};
   room->live = {stream("mix", "a", 0, 2), stream("mix", "v", 1, 2)};
   join();
-  expect(LMRTCWrapperCodeRemoteUserNotJoined, engine->muteRemoteStream("u9", 2, true),
+  expect(kNobody, engine->muteRemoteStream("u9", 2, true),
          {"T muteRemoteStream userId:u9,type:2,mute:1", "T getRemoteUser userId:u9",
           "E muteRemoteStream msg:user is nil"});
   expect(0, engine->muteRemoteStream("u1", 2, true),

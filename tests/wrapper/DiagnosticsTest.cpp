@@ -10,8 +10,8 @@ using DiagnosticsTest = EngineTest;
 
 TEST_F(DiagnosticsTest, AWatermarkIsReportedOnTheMainQueue) {
   const auto image = std::make_shared<UIImage>();
-  expect(LMRTCWrapperCodeParameterError, engine->setWatermark(nullptr, 1, 2, 3),
-         {"T setWatermark image:0, x:1, y:2, zoom:3", "E setWatermark msg:image is nil"});
+  expect(kBadParameter, engine->setWatermark(nullptr, 1, 2, 3),
+         {"T setWatermark image:0, x:1, y:2, zoom:3", "E: image is nil"});
   expect(0, engine->setWatermark(image, 0.5, 2, 3),
          {"T setWatermark image:1, x:0.5, y:2, zoom:3", "sdk me_cam.setWaterMark set 0.5,2 3x0",
           "R setWatermark callback:onWatermarkSet, code:0, msg: Success"});
@@ -28,66 +28,56 @@ TEST_F(DiagnosticsTest, EachOperationAsksForTheEngineFirst) {
   const auto observer = std::make_shared<LMRTCIWNetworkProbeDelegate>();
   struct Call {
     std::function<std::int64_t(Engine&)> call;
-    std::vector<std::string> entry;
-    std::string method;
-    std::vector<std::string> sent;
+    Lines entry;
+    std::string method, sent;
   };
   const std::vector<Call> calls = {
       {[](Engine& e) { return e.startEchoTest(3); },
        {"T startEchoTest timeInterval:3"},
        "startEchoTest",
-       {"sdk startEchoTest 3"}},
-      {[](Engine& e) { return e.stopEchoTest(); }, {"T stopEchoTest"}, "stopEchoTest", {"sdk stopEchoTest"}},
+       "sdk startEchoTest 3"},
+      {[](Engine& e) { return e.stopEchoTest(); }, {"T stopEchoTest"}, "stopEchoTest", "sdk stopEchoTest"},
       {[&](Engine& e) { return e.startNetworkProbe(observer); },
        {"T startRTCProbeTest delegate:1"},
        "startNetworkProbe",
-       {"sdk setProbeTestDelegate engine", "sdk startRTCProbeTest"}},
+       "sdk setProbeTestDelegate engine\nsdk startRTCProbeTest"},
       {[](Engine& e) { return e.stopNetworkProbe(); },
        {},
        "stopNetworkProbe",
-       {"sdk setProbeTestDelegate nil", "sdk stopRTCProbeTest"}},
+       "sdk setProbeTestDelegate nil\nsdk stopRTCProbeTest"},
       {[](Engine& e) { return e.preconnectToMediaServer(); },
        {},
        "preconnectToMediaServer",
-       {"sdk preconnectMediaServer"}},
-      {[](Engine& e) { return e.enableSei(true); }, {}, "enableSei", {"sdk setEnableSEI 1"}},
-      {[](Engine& e) { return e.sendSei("hi"); }, {}, "sendSei", {"sdk sendSEI hi"}},
+       "sdk preconnectMediaServer"},
+      {[](Engine& e) { return e.enableSei(true); }, {}, "enableSei", "sdk setEnableSEI 1"},
+      {[](Engine& e) { return e.sendSei("hi"); }, {}, "sendSei", "sdk sendSEI hi"},
   };
-  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->enableSei(true),
-         {"E enableSei msg:room is nil or localUser is nil"});
-  expect(LMRTCWrapperCodeLocalUserNotJoined, engine->sendSei("hi"),
-         {"E sendSei msg:room is nil or localUser is nil"});
-  expect(LMRTCWrapperCodeParameterError, engine->startNetworkProbe(nullptr),
+  const auto callAll = [&](std::int64_t code) {
+    for (const auto& c : calls) {
+      auto lines = c.entry;
+      lines.push_back(code == 0 ? c.sent : "E " + c.method + " msg:rtcEngine is nil");
+      expect(code, c.call(*engine), lines);
+    }
+  };
+  expect(kNotJoined, engine->enableSei(true), {"E enableSei msg:room is nil or localUser is nil"});
+  expect(kNotJoined, engine->sendSei("hi"), {"E sendSei msg:room is nil or localUser is nil"});
+  expect(kBadParameter, engine->startNetworkProbe(nullptr),
          {"T startRTCProbeTest delegate:0", "E startNetworkProbe msg:rtcEngine is nil"});
   join();
-  for (const auto& c : calls) {
-    auto lines = c.entry;
-    lines.insert(lines.end(), c.sent.begin(), c.sent.end());
-    expect(0, c.call(*engine), lines);
-  }
-  expect(true, sdk->complete(), {"host onNetworkProbeStarted 0 ok"});
-  expect(true, sdk->complete(2), {"host onNetworkProbeStopped 2 sdk2"});
+  callAll(0);
+  complete(0, {"host onNetworkProbeStarted 0 ok"});
+  complete(2, {"host onNetworkProbeStopped 2 sdk2"});
   EXPECT_EQ(observer, engine->probeTestDelegate_());
-  expect(true, sdk->complete(5),
-         {"E enableSei callback:onSeiEnabled, code:5, enable:0,message:sdk5", "host onSeiEnabled 0 5 sdk5"});
-  engine->enableSei(false);
-  trace->take();
-  expect(true, sdk->complete(),
-         {"R enableSei callback:onSeiEnabled, code:0, enable:0,message:ok", "host onSeiEnabled 0 0 ok"});
+  complete(
+      5, {"E enableSei callback:onSeiEnabled, code:5, enable:0,message:sdk5", "host onSeiEnabled 0 5 sdk5"});
   room->me->seiAnswer = 77;
   EXPECT_EQ(77, engine->sendSei("x"));
   trace->take();
-
   engine->setRtcEngine(nullptr);
-  for (const auto& c : calls) {
-    auto lines = c.entry;
-    lines.push_back("E " + c.method + " msg:rtcEngine is nil");
-    expect(kDestroyed, c.call(*engine), lines);
-  }
+  callAll(kDestroyed);
   expect(kDestroyed, engine->setWatermark(nullptr, 0, 0, 1),
-         {"T setWatermark image:0, x:0, y:0, zoom:1", "E setWatermark msg:rtcEngine is nil"});
-  expect(kDestroyed, engine->removeWatermark(),
-         {"T removeWatermark", "E removeWatermark msg:rtcEngine is nil"});
+         {"T setWatermark image:0, x:0, y:0, zoom:1", kNoEngine});
+  expect(kDestroyed, engine->removeWatermark(), {"T removeWatermark", kNoEngine});
 }
 
 TEST_F(DiagnosticsTest, ProbeResultsReachTheProbesListenerByDirection) {

@@ -6,6 +6,13 @@ namespace {
 
 using LifecycleTest = EngineTest;
 
+/// The lines of a first creation.
+std::vector<std::string> created(const std::string& config) {
+  return {"T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
+          "sdk setDelegate engine", config,
+          "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573"};
+}
+
 TEST_F(LifecycleTest, CreateInitialisesTheSdkFromTheFirstSetupOnly) {
   engine->destroy();
   trace->take();
@@ -14,41 +21,29 @@ TEST_F(LifecycleTest, CreateInitialisesTheSdkFromTheFirstSetupOnly) {
   setup->statsReportInterval = 7;
   setup->audioSetup->mixOtherAppsAudio = false;
   setup->enableVersionMatch = true;
-
   engine = LMRTCIWEngine::create(setup);
-  EXPECT_TRACE("T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
-               "sdk setDelegate engine", "sdk setMediaServerUrl wss://media",
-               "sdk initWithConfig reconnect:1 srtp:0 report:7 mix:0 mismatch:1",
-               "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
-  EXPECT_EQ(setup, engine->iwEngineSetup());
-  EXPECT_EQ(sdk->engine, engine->rtcEngine());
-
-  EXPECT_EQ(engine, LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>()));
-  EXPECT_TRACE();
-  EXPECT_EQ(engine, LMRTCIWEngine::create());
-  EXPECT_TRACE("T create");
+  expect(sdk->engine, std::dynamic_pointer_cast<fake::Engine>(engine->rtcEngine()),
+         created("sdk setMediaServerUrl wss://media\n"
+                 "sdk initWithConfig reconnect:1 srtp:0 report:7 mix:0 mismatch:1"));
+  expect(engine, LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>()), {});
+  expect(engine, LMRTCIWEngine::create(), {"T create"});
   EXPECT_EQ(setup, engine->iwEngineSetup());
 }
 
 TEST_F(LifecycleTest, AnAbsentSetupActsAsAllFalseAndZeroAndAFreshOneHasItsDefaults) {
-  engine->destroy();
-  trace->take();
-  engine = LMRTCIWEngine::create(nullptr);
-  EXPECT_TRACE("T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
-               "sdk setDelegate engine", "sdk initWithConfig reconnect:0 srtp:0 report:0 mix:0 mismatch:0",
-               "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
-  engine->destroy();
-  trace->take();
-  engine = LMRTCIWEngine::create();
-  EXPECT_TRACE("T create", "T create msg:LMRTCIWEngine create once", "T init msg:LMRTCIWEngine create init",
-               "sdk setDelegate engine", "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
-               "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
-  engine->destroy();
-  trace->take();
+  const auto recreate = [this](const auto&... with) {
+    engine->destroy();
+    trace->take();
+    engine = LMRTCIWEngine::create(with...);
+    return trace->take();
+  };
+  const std::string config = "sdk initWithConfig reconnect:0 srtp:0 ";
+  EXPECT_EQ(Trace::text(created(config + "report:0 mix:0 mismatch:0")), recreate(nullptr));
+  EXPECT_EQ(Trace::text({"T create"}) + Trace::text(created(config + "report:1 mix:1 mismatch:0")),
+            recreate());
   setup->audioSetup = nullptr;
   setup->videoSetup = nullptr;
-  engine = LMRTCIWEngine::create(setup);
-  EXPECT_NE(std::string::npos, trace->take().find("report:1 mix:0"));
+  EXPECT_EQ(Trace::text(created(config + "report:1 mix:0 mismatch:0")), recreate(setup));
 }
 
 TEST_F(LifecycleTest, DestroyEmptiesTheCachesAndKeepsTheListenerAndTheCdnFields) {
@@ -60,9 +55,10 @@ TEST_F(LifecycleTest, DestroyEmptiesTheCachesAndKeepsTheListenerAndTheCdnFields)
   engine->setRemoteVideoViewDict({{"u1", local}});
   engine->setLocalCustomViews({{"t", local}});
   engine->setRemoteCustomViews({{"u1@t", local}});
-  engine->setCustomStreams(
-      {{"file", std::make_shared<LMRTCIWCustomStream>(2, make<fake::FileOutput>("file"))},
-       {"other", std::make_shared<LMRTCIWCustomStream>(1, make<fake::FileOutput>("other"))}});
+  const auto custom = [this](std::int64_t type, const std::string& tag) {
+    return std::make_shared<LMRTCIWCustomStream>(type, make<fake::FileOutput>(tag));
+  };
+  engine->setCustomStreams({{"file", custom(2, "file")}, {"other", custom(1, "other")}});
   engine->setSubs({{"s1", make<fake::OtherRoom>("s1")}});
   engine->setAudioMixPlayProgress(0.5);
   engine->setAudioMixingFileUrl("file:///b");
@@ -91,13 +87,10 @@ TEST_F(LifecycleTest, ADestroyedEngineFindsNothingAndANewOneStandsBesideIt) {
   engine = LMRTCIWEngine::create(setup);
   EXPECT_NE(old, engine);
   trace->take();
-  EXPECT_EQ(LMRTCWrapperCodeLocalUserNotJoined, old->publish(0));
-  EXPECT_EQ("", old->getSessionId());
-  EXPECT_EQ(LMRTCWrapperCodeParameterError, old->setAudioConfig(nullptr));
-  EXPECT_TRACE("T publish type:0", "E publish msg:room is nil or localUser is nil or iwRoomSetup is nil",
-               "T getSessionId", "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil",
-               "T setAudioConfig quality:0,scenario:0,recordingVolume:0",
-               "E setAudioConfig msg:config is nil");
+  expect(kNotJoined, old->publish(0), {"T publish type:0", kNoSetup});
+  expect("", old->getSessionId(), {"T getSessionId", kNoSetup});
+  expect(kBadParameter, old->setAudioConfig(nullptr),
+         {"T setAudioConfig quality:0,scenario:0,recordingVolume:0", "E: config is nil"});
 }
 
 TEST_F(LifecycleTest, WeakPropertiesReadAsAbsentOnceTheirObjectIsGone) {

@@ -16,9 +16,7 @@ TEST_F(ReentryTest, AJoinCallbackMayDestroyTheEngine) {
   };
   engine->setEngineDelegate(listener);
   const std::weak_ptr<LMRTCIWEngine> weak = engine;
-  engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
-  trace->take();
-  sdk->complete();
+  replay();
   const std::string text = trace->take();
   EXPECT_NE(std::string::npos, text.find("host destroys at u1\nlog 4 IW/RTC-destroy-T\nsdk unInit\n"))
       << text;
@@ -35,12 +33,10 @@ TEST_F(ReentryTest, AListenerThatReplacesItselfLivesUntilItsCallbackReturns) {
     trace->add(text);
   };
   engine->setEngineDelegate(first);
-  engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
-  trace->take();
-  expect(true, sdk->complete(),
-         {"console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine", text,
-          "console LMRTCIWEngine joinRoom completion remoteUser Joined: r1 userId: u1",
-          "host onUserJoined r1 u1"});
+  replay();
+  EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine", text,
+               "console LMRTCIWEngine joinRoom completion remoteUser Joined: r1 userId: u1",
+               "host onUserJoined r1 u1");
 }
 
 TEST_F(ReentryTest, AViewMayCallBackIntoTheEngine) {
@@ -86,20 +82,18 @@ TEST_F(ReentryTest, CompletionsAfterDestroyFindNothingAndAreSilent) {
   engine->destroy();
   trace->take();
 
-  expect(true, sdk->complete(), {"R publish callback:onPublished, code:0, role:1,type:0"});
+  complete(0, {"R publish callback:onPublished, code:0, role:1,type:0"});
   EXPECT_EQ(nullptr, kept->liveInfo());
-  expect(true, sdk->complete(-1), {"console LMRTCIWEngine joinRoom completion code: -1"});
-  expect(true, sdk->complete(), {"console LMRTCIWEngine leaveRoom code: 0"});
+  complete(-1, {"console LMRTCIWEngine joinRoom completion code: -1"});
+  complete(0, {"console LMRTCIWEngine leaveRoom code: 0"});
   EXPECT_EQ(-1, kept->innerCDNVideoFps());
 }
 
 TEST_F(ReentryTest, CallbacksWithoutAListenerAreSkipped) {
   room->users = {user("u1", {audio("u1")})};
   host = nullptr;
-  engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
-  trace->take();
-  expect(true, sdk->complete(),
-         {"console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine"});
+  replay();
+  EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine");
 }
 
 TEST_F(ReentryTest, ConcurrentFirstCreatesMakeOneEngine) {

@@ -6,9 +6,10 @@ namespace {
 
 using RoomTest = EngineTest;
 
-constexpr char kCompletion[] = "console LMRTCIWEngine joinRoom completion ";
+std::string completed(const std::string& rest) { return "console LMRTCIWEngine joinRoom completion " + rest; }
 
-std::string completed(const std::string& rest) { return kCompletion + rest; }
+/// The lines of every completed join that brought a room.
+const std::string kJoined = completed("code: 0\nsdk r1.setDelegate engine\nhost onRoomJoined 0 ok");
 
 TEST_F(RoomTest, JoinBuildsTheRoomConfigFromTheSetup) {
   struct Row {
@@ -39,25 +40,21 @@ TEST_F(RoomTest, JoinBuildsTheRoomConfigFromTheSetup) {
 TEST_F(RoomTest, JoinWithoutASetupIsRefusedAndChangesNothing) {
   join();
   const auto before = engine->iwRoomSetup();
-  expect(LMRTCWrapperCodeParameterError, engine->joinRoom("r2", nullptr),
-         {"T joinRoom roomId:r2", "E joinRoom msg:setup is nil"});
+  expect(kBadParameter, engine->joinRoom("r2", nullptr), {"T joinRoom roomId:r2", "E: setup is nil"});
   EXPECT_EQ(before, engine->iwRoomSetup());
 }
 
 TEST_F(RoomTest, AFailedJoinIsReportedAndReplaysNothing) {
   room->users = {user("u1", {audio("u1")})};
   room->others = {"x"};
-  const auto roomSetup = std::make_shared<LMRTCIWRoomSetup>();
-  engine->joinRoom("r1", roomSetup);
-  trace->take();
-  expect(true, sdk->complete(-401), {completed("code: -401"), "host onRoomJoined -401 sdk-401"});
-
+  engine->joinRoom("r1", roomSetup(0));
+  complete(-401, {completed("code: -401"), "host onRoomJoined -401 sdk-401"});
   sdk->engine->nextRoom.set(nullptr);
-  engine->joinRoom("r1", roomSetup);
-  trace->take();
-  expect(true, sdk->complete(0), {completed("code: 0"), "host onRoomJoined 0 ok"});
+  const auto last = roomSetup(0);
+  engine->joinRoom("r1", last);
+  complete(0, {completed("code: 0"), "host onRoomJoined 0 ok"});
   EXPECT_EQ(nullptr, engine->room());
-  EXPECT_EQ(roomSetup, engine->iwRoomSetup());
+  EXPECT_EQ(last, engine->iwRoomSetup());
 }
 
 TEST_F(RoomTest, JoinReplaysWhatTheRoomHolds) {
@@ -65,108 +62,76 @@ TEST_F(RoomTest, JoinReplaysWhatTheRoomHolds) {
   room->users = {user("u1", {audio("u1"), video("u1", 0)}),
                  user("u2", {stream("u2", "screen", 1, 1, 0), audio("u2"), stream("u2", "screen", 0)}),
                  user("u3")};
-  engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
-  trace->take();
-  expect(true, sdk->complete(),
-         {completed("code: 0"),
-          "sdk r1.setDelegate engine",
-          "host onRoomJoined 0 ok",
-          "host onSubRoomBanded x",
-          "host onSubRoomBanded y",
-          completed("remoteUser Joined: r1 userId: u1"),
-          "host onUserJoined r1 u1",
-          completed("remoteUsers Published: r1 userId: u1 mediaType: 2"),
-          "host onRemotePublished r1 u1 2",
-          completed("remoteUsers State Changed: r1 userId: u1 mediaType: 0 disabled: 0"),
-          "host onRemoteStateChanged r1 u1 0 0",
-          completed("remoteUsers State Changed: r1 userId: u1 mediaType: 1 disabled: 1"),
-          "host onRemoteStateChanged r1 u1 1 1",
-          completed("remoteUser Joined: r1 userId: u2"),
-          "host onUserJoined r1 u2",
-          "host onRemoteCustomStreamPublished r1 u2 screen 2",
-          completed("remoteUsers Published: r1 userId: u2 mediaType: 0"),
-          "host onRemotePublished r1 u2 0",
-          completed("remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: 1"),
-          "host onRemoteCustomStreamStateChanged r1 u2 screen 1 1",
-          completed("remoteUsers State Changed: r1 userId: u2 mediaType: 0 disabled: 0"),
-          "host onRemoteStateChanged r1 u2 0 0",
-          completed("remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: 0"),
-          "host onRemoteCustomStreamStateChanged r1 u2 screen 0 0",
-          completed("remoteUser Joined: r1 userId: u3"),
-          "host onUserJoined r1 u3"});
+  const std::string custom = "remoteUsers Custom Stream State Changed: r1 userId: u2 tag: screen disabled: ";
+  replay();
+  EXPECT_TRACE(
+      kJoined, "host onSubRoomBanded x", "host onSubRoomBanded y",
+      completed("remoteUser Joined: r1 userId: u1"), "host onUserJoined r1 u1",
+      completed("remoteUsers Published: r1 userId: u1 mediaType: 2"), "host onRemotePublished r1 u1 2",
+      completed("remoteUsers State Changed: r1 userId: u1 mediaType: 0 disabled: 0"),
+      "host onRemoteStateChanged r1 u1 0 0",
+      completed("remoteUsers State Changed: r1 userId: u1 mediaType: 1 disabled: 1"),
+      "host onRemoteStateChanged r1 u1 1 1", completed("remoteUser Joined: r1 userId: u2"),
+      "host onUserJoined r1 u2", "host onRemoteCustomStreamPublished r1 u2 screen 2",
+      completed("remoteUsers Published: r1 userId: u2 mediaType: 0"), "host onRemotePublished r1 u2 0",
+      completed(custom + "1"), "host onRemoteCustomStreamStateChanged r1 u2 screen 1 1",
+      completed("remoteUsers State Changed: r1 userId: u2 mediaType: 0 disabled: 0"),
+      "host onRemoteStateChanged r1 u2 0 0", completed(custom + "0"),
+      "host onRemoteCustomStreamStateChanged r1 u2 screen 0 0", completed("remoteUser Joined: r1 userId: u3"),
+      "host onUserJoined r1 u3");
   EXPECT_EQ(room, engine->room());
 }
 
 TEST_F(RoomTest, JoinReplaySkipsOddStreamsAndUnsetCallbacks) {
   room->users = {user("u1", {stream("u1", "t", 3, 0), stream("u1", "t", 1, 2), stream("u1", "t", 3, 1),
                              stream("u1", "t", 2, 1)})};
-  const auto replay = [this](const std::set<std::string>& without) {
-    listen(without);
-    engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
-    trace->take();
-    sdk->complete();
-  };
+  const std::string u1 = completed("remoteUser Joined: r1 userId: u1\nhost onUserJoined r1 u1");
   // Live-mix streams are not told apart from custom ones when they are grouped; other media types make no
   // report.
-  replay({});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok",
-               completed("remoteUser Joined: r1 userId: u1"), "host onUserJoined r1 u1",
-               "host onRemoteCustomStreamPublished r1 u1 t 1",
+  replay();
+  EXPECT_TRACE(kJoined, u1, "host onRemoteCustomStreamPublished r1 u1 t 1",
                completed("remoteUsers State Changed: r1 userId: u1 mediaType: 3 disabled: 0"));
 
   room->others = {"x"};
   room->users = {user("u1", {audio("u1"), stream("u1", "t", 1)})};
-  replay({"onUserJoined", "onSubRoomBanded"});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok");
-  replay({"onRoomJoined", "onSubRoomBanded", "onRemotePublished", "onRemoteStateChanged",
+  listen({"onUserJoined", "onSubRoomBanded"});
+  replay();
+  EXPECT_TRACE(kJoined);
+  listen({"onRoomJoined", "onSubRoomBanded", "onRemotePublished", "onRemoteStateChanged",
           "onRemoteCustomStreamPublished", "onRemoteCustomStreamStateChanged"});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine",
-               completed("remoteUser Joined: r1 userId: u1"), "host onUserJoined r1 u1");
+  replay();
+  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", u1);
 }
 
 TEST_F(RoomTest, AnAudienceMemberHearsOfTheLiveMix) {
+  const auto audience = roomSetup(LMRTCIWRoleLiveAudience);
+  const auto hears = [&](const std::string& callback, const std::string& arguments) {
+    replay(audience);
+    EXPECT_TRACE(kJoined,
+                 "R joinRoom callback:" + callback + ", code:0, role:2,setup:" + audience->description(),
+                 "host " + callback + arguments);
+  };
   room->live = {stream("mix", "", 0, 2), stream("mix", "", 1, 2)};
-  const auto roomSetup = std::make_shared<LMRTCIWRoomSetup>();
-  roomSetup->role = LMRTCIWRoleLiveAudience;
-  const auto result = [&](const std::string& callback) {
-    return "R joinRoom callback:" + callback + ", code:0, role:2,setup:" + roomSetup->description();
-  };
-  const auto replay = [&](const std::set<std::string>& without) {
-    listen(without);
-    engine->joinRoom("r1", roomSetup);
-    trace->take();
-    sdk->complete();
-  };
-  replay({});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok",
-               result("onRemoteLiveMixPublished"), "host onRemoteLiveMixPublished 2");
-
+  hears("onRemoteLiveMixPublished", " 2");
   room->live.clear();
-  room->cdn = make<fake::CdnInput>("cdn", kLMRTCDefaultStreamTag, 0, 2);
-  replay({});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok",
-               result("onRemoteLiveMixInnerCdnStreamPublished"),
-               "host onRemoteLiveMixInnerCdnStreamPublished");
+  room->cdn = make<fake::CdnInput>("cdn");
+  hears("onRemoteLiveMixInnerCdnStreamPublished", "");
 
   room->live = {stream("mix", "", 0, 2)};
-  replay({"onRemoteLiveMixPublished", "onRemoteLiveMixInnerCdnStreamPublished"});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok");
-  roomSetup->role = LMRTCIWRoleLiveBroadcaster;
-  replay({});
-  EXPECT_TRACE(completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok");
+  replay(roomSetup(LMRTCIWRoleLiveBroadcaster));
+  EXPECT_TRACE(kJoined);
+  listen({"onRemoteLiveMixPublished", "onRemoteLiveMixInnerCdnStreamPublished"});
+  replay(audience);
+  EXPECT_TRACE(kJoined);
 }
 
 TEST_F(RoomTest, TheReplayFollowsTheRoleThatTheJoinWasCalledWith) {
   room->live = {stream("mix", "", 0, 2)};
-  const auto audience = std::make_shared<LMRTCIWRoomSetup>();
-  audience->role = LMRTCIWRoleLiveAudience;
-  engine->joinRoom("r1", audience);
-  engine->joinRoom("r1", std::make_shared<LMRTCIWRoomSetup>());
-  trace->take();
+  engine->joinRoom("r1", roomSetup(LMRTCIWRoleLiveAudience));
+  engine->joinRoom("r1", roomSetup(0));
   sdk->complete();
   EXPECT_NE(std::string::npos, trace->take().find("host onRemoteLiveMixPublished 0"));
-  expect(true, sdk->complete(),
-         {completed("code: 0"), "sdk r1.setDelegate engine", "host onRoomJoined 0 ok"});
+  complete(0, {kJoined});
 }
 
 TEST_F(RoomTest, LeavingResetsTheInnerCdnSettingsWhateverTheCode) {
@@ -175,9 +140,8 @@ TEST_F(RoomTest, LeavingResetsTheInnerCdnSettingsWhateverTheCode) {
     engine->setInnerCDNVideoResolution(4);
     engine->setInnerCDNVideoFps(2);
     expect(0, engine->leaveRoom(), {"T leaveRoom msg:LMRTCIWEngine leaveRoom", "sdk leaveRoom"});
-    expect(true, sdk->complete(code),
-           {"console LMRTCIWEngine leaveRoom code: " + std::to_string(code),
-            "host onRoomLeft " + std::to_string(code) + (code == 0 ? " ok" : " sdk-7")});
+    complete(code, {"console LMRTCIWEngine leaveRoom code: " + std::to_string(code),
+                    "host onRoomLeft " + std::to_string(code) + (code == 0 ? " ok" : " sdk-7")});
     EXPECT_EQ(-1, engine->innerCDNVideoResolution());
     EXPECT_EQ(-1, engine->innerCDNVideoFps());
     EXPECT_EQ(room, engine->room());
@@ -185,35 +149,28 @@ TEST_F(RoomTest, LeavingResetsTheInnerCdnSettingsWhateverTheCode) {
 }
 
 TEST_F(RoomTest, RemoteUsersAreFoundInTheMainRoomBeforeTheSubRooms) {
-  const auto inMain = user("u1");
-  const auto shadowed = user("u1");
-  const auto inSub = user("u2");
+  const auto inMain = user("u1"), shadowed = user("u1"), inSub = user("u2");
   const auto sub = make<fake::OtherRoom>("s1");
   sub->users = {shadowed, inSub};
   room->users = {inMain};
   join();
   engine->setSubs({{"s1", sub}});
-  EXPECT_EQ(inMain, engine->getRemoteUser("u1"));
+  expect(inMain, engine->getRemoteUser("u1"), {"T getRemoteUser userId:u1"});
   EXPECT_EQ(inSub, engine->getRemoteUser("u2"));
-  expect(nullptr, engine->getRemoteUser("u3"),
-         {"T getRemoteUser userId:u1", "T getRemoteUser userId:u2", "T getRemoteUser userId:u3"});
+  EXPECT_EQ(nullptr, engine->getRemoteUser("u3"));
   engine->setRoom(nullptr);
   EXPECT_EQ(shadowed, engine->getRemoteUser("u1"));
 }
 
 TEST_F(RoomTest, TheSessionIdNeedsRoomLocalUserAndSetup) {
-  const auto expectAbsent = [this] {
-    expect("", engine->getSessionId(),
-           {"T getSessionId", "E getSessionId msg:room is nil or localUser is nil or iwRoomSetup is nil"});
-  };
-  expectAbsent();
+  expect("", engine->getSessionId(), {"T getSessionId", kNoSetup});
   join();
   expect("session of r1", engine->getSessionId(), {"T getSessionId"});
   engine->setIwRoomSetup(nullptr);
-  expectAbsent();
+  expect("", engine->getSessionId(), {"T getSessionId", kNoSetup});
   join();
   room->me = nullptr;
-  expectAbsent();
+  expect("", engine->getSessionId(), {"T getSessionId", kNoSetup});
 }
 
 TEST_F(RoomTest, GroupingMakesOneReportPerUserAndPerUserAndTag) {
