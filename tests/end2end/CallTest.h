@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +20,7 @@
 #include "LumoRTCLibWrapper/platform/system/Console.h"
 #include "LumoRTCLibWrapper/platform/system/MainQueue.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
+#include "tests/support/MediaFixtures.h"
 
 namespace lumo::test {
 
@@ -28,6 +31,26 @@ using ParticipantPtr = std::shared_ptr<LumoRTCLocal::Participant>;
 inline constexpr std::int64_t kAudio = LMRTCIWMediaTypeAudio;
 inline constexpr std::int64_t kVideo = LMRTCIWMediaTypeVideo;
 inline constexpr std::int64_t kBoth = LMRTCIWMediaTypeAudioVideo;
+
+/// Collects sound and tells how loud tones are in it.
+struct SoundMeter {
+  void add(const AudioBlock& block) {
+    samples.insert(samples.end(), block.samples.begin(), block.samples.end());
+  }
+  /// In tenths of `full`; "-" when there was no sound at all.
+  std::string tenths(double frequencyHz, double full) const {
+    return samples.empty() ? "-" : std::to_string(std::lround(toneLevel(samples, frequencyHz) / full * 10));
+  }
+
+  std::vector<std::int16_t> samples;
+};
+
+/// What a host does, and what comes of it.
+struct Step {
+  const char* what;
+  std::function<void()> act;
+  std::string outcome;
+};
 
 /// A host's engine on LumoRTCLocal at manual pace; nothing of either may outlive the test.
 class CallTest : public ::testing::Test {
@@ -54,6 +77,13 @@ class CallTest : public ::testing::Test {
   void advance(Microseconds duration) {
     local->advance(duration);
     MainQueue::runPending();
+  }
+
+  static void run(const std::vector<Step>& steps, const std::function<std::string()>& outcome) {
+    for (const Step& step : steps) {
+      step.act();
+      EXPECT_EQ(step.outcome, outcome()) << step.what;
+    }
   }
 
   void join() {

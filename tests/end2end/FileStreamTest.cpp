@@ -56,12 +56,9 @@ class FileStreamTest : public CallTest {
       if (pictures.empty() || pictures.back() != number) pictures.push_back(number);
     });
     anna->onAudio([this](const std::string& tag, const AudioBlock& block, Microseconds) {
-      auto& into = tag == "clip" ? clipSound : microphone;
-      into.insert(into.end(), block.samples.begin(), block.samples.end());
+      (tag == "clip" ? clipSound : microphone).add(block);
     });
-    local->setSpeaker([this](const AudioBlock& block, Microseconds) {
-      speaker.insert(speaker.end(), block.samples.begin(), block.samples.end());
-    });
+    local->setSpeaker([this](const AudioBlock& block, Microseconds) { speaker.add(block); });
     join();
     publish(kAudio);
   }
@@ -79,13 +76,10 @@ class FileStreamTest : public CallTest {
   /// In the next 200 ms: the microphone and the clip's tone in the microphone's stream, the clip's tone in
   /// its own stream and on the speaker; in tenths of each one's level.
   std::string levels() {
-    for (auto* const heard : {&microphone, &clipSound, &speaker}) heard->clear();
+    microphone = clipSound = speaker = {};
     advance(200ms);
-    const auto tenths = [](const std::vector<std::int16_t>& samples, double frequency, double full) {
-      return samples.empty() ? "-" : std::to_string(std::lround(toneLevel(samples, frequency) / full * 10));
-    };
-    return tenths(microphone, 300, 0.2) + " " + tenths(microphone, 700, 0.5) + " | " +
-           tenths(clipSound, 700, 0.5) + " | " + tenths(speaker, 700, 0.5);
+    return microphone.tenths(300, 0.2) + " " + microphone.tenths(700, 0.5) + " | " +
+           clipSound.tenths(700, 0.5) + " | " + speaker.tenths(700, 0.5);
   }
 
   Lines takeLines() { return std::exchange(lines, {}); }
@@ -95,9 +89,9 @@ class FileStreamTest : public CallTest {
   Lines lines;
   std::vector<std::int32_t> pictures;
   std::shared_ptr<const LumoRTCI420Buffer> last;
-  std::vector<std::int16_t> microphone;
-  std::vector<std::int16_t> clipSound;
-  std::vector<std::int16_t> speaker;
+  SoundMeter microphone;
+  SoundMeter clipSound;
+  SoundMeter speaker;
 };
 
 const Clip kClip{.pictures = 10, .toneHz = 700, .toneSeconds = 1};
@@ -200,7 +194,7 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
     ASSERT_EQ((Lines{"unpublished clip 0", "unpublished clip 0"}), takeLines())
         << "stopped before it was opened";
     pictures.clear();
-    for (auto* const heard : {&microphone, &clipSound, &speaker}) heard->clear();
+    microphone = clipSound = speaker = {};
     if (round == 449) usedBefore = mallinfo2().uordblks;
   }
   EXPECT_LT(mallinfo2().uordblks, usedBefore + 16 * 1024);

@@ -176,10 +176,8 @@ TEST_F(LinkedRoomsTest, AnInvitationEndsWithEitherEnd) {
 }
 
 TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
-  std::vector<std::int16_t> heard;
-  local->setSpeaker([&heard](const AudioBlock& block, Microseconds) {
-    heard.insert(heard.end(), block.samples.begin(), block.samples.end());
-  });
+  SoundMeter heard;
+  local->setSpeaker([&heard](const AudioBlock& block, Microseconds) { heard.add(block); });
   ben->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo);
   ben->linkRoom("r");
   engine->joinSubRoom("s");
@@ -195,10 +193,10 @@ TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
   const auto shown = std::dynamic_pointer_cast<LocalVideoView>(view->rtcVideoView())->picture();
   ASSERT_TRUE(shown);
   EXPECT_EQ(ben->sourceNumber(), readTestPicture(*shown)->sourceNumber);
-  heard.clear();
+  heard = {};
   advance(100ms);
   const double tone = 300 + 100 * ben->sourceNumber();
-  EXPECT_NEAR(0.2, toneLevel(heard, tone), 0.01);
+  EXPECT_EQ("10", heard.tenths(tone, 0.2));
 
   ben->mute(true);
   ben->sendSei("words");
@@ -213,9 +211,9 @@ TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
   engine->leaveSubRoom("s", false);
   advance(100ms);
   EXPECT_EQ((Lines{"disabled s ben 0 0", "left s 0"}), told());
-  heard.clear();
+  heard = {};
   advance(100ms);
-  EXPECT_EQ(0, toneLevel(heard, tone));
+  EXPECT_EQ("0", heard.tenths(tone, 0.2));
   EXPECT_NE(0, engine->subscribe("ben", kBoth)) << "nobody knows ben any more";
   engine->joinSubRoom("s");
   EXPECT_EQ((Lines{"joined s 0", "linked s", "user s ben", "published s ben 2", "disabled s ben 0 0",
