@@ -1,3 +1,7 @@
+#include <functional>
+#include <span>
+#include <tuple>
+
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
@@ -176,31 +180,28 @@ TEST_F(LiveTest, RefusedConfigurationsLeaveTheMixAsItIs) {
   ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeBroadcaster)));
   ASSERT_EQ(0, publishLive());
   watch();
-  const auto changed = [](auto change) {
-    LMRTCMixConfig config = layoutMode(LMRTCMixLayoutModeAdaptive);
-    change(config, config.mediaConfig.videoConfig);
-    return config;
-  };
   using Config = LMRTCMixConfig;
-  using Video = LMRTCMixVideoConfig;
-  const std::pair<std::int64_t, LMRTCMixConfig> refused[] = {
-      {LocalCodeUnknownLayoutMode, changed([](Config& c, Video&) { c.layoutMode = 4; })},
-      {LocalCodeUnknownRenderMode, changed([](Config&, Video& v) { v.videoExtend.renderMode = 3; })},
-      {LocalCodeMixSize, changed([](Config&, Video& v) { v.videoLayout.width = -2; })},
-      {LocalCodeMixSize, changed([](Config&, Video& v) { v.tinyVideoLayout.height = 641; })},
-      {LocalCodeMixFrameRate, changed([](Config&, Video& v) { v.tinyVideoLayout.fps = 61; })},
-      {LocalCodeMixBitrate, changed([](Config& c, Video&) { c.mediaConfig.audioConfig.bitrate = 513; })},
-      {LocalCodeUnknownStream, changed([](Config& c, Video&) { c.customMixAudios = {{nullptr}}; })},
-      {LocalCodeMixPlacement, changed([this](Config& c, Video&) {
+  const std::pair<std::int64_t, std::function<void(Config&, LMRTCMixVideoConfig&)>> refused[] = {
+      {LocalCodeUnknownLayoutMode, [](auto& c, auto&) { c.layoutMode = 4; }},
+      {LocalCodeUnknownRenderMode, [](auto&, auto& v) { v.videoExtend.renderMode = 3; }},
+      {LocalCodeMixSize, [](auto&, auto& v) { v.videoLayout.width = -2; }},
+      {LocalCodeMixSize, [](auto&, auto& v) { v.tinyVideoLayout.height = 641; }},
+      {LocalCodeMixFrameRate, [](auto&, auto& v) { v.tinyVideoLayout.fps = 61; }},
+      {LocalCodeMixBitrate, [](auto& c, auto&) { c.mediaConfig.audioConfig.bitrate = 513; }},
+      {LocalCodeUnknownStream, [](auto& c, auto&) { c.customMixAudios = {{nullptr}}; }},
+      {LocalCodeMixPlacement,
+       [this](auto& c, auto&) {
          c.customLayouts = {{stream("anna", 1), 0, 0, -4, 10}};
-       })},
+       }},
   };
-  for (const auto& [code, config] : refused) {
+  for (const auto& [code, change] : refused) {
+    Config config = layoutMode(LMRTCMixLayoutModeAdaptive);
+    change(config, config.mediaConfig.videoConfig);
     EXPECT_EQ(code, configure(config));
     EXPECT_EQ("360x640 11", shown({{20, 4}, {340, 4}})) << "still anna large";
   }
   EXPECT_EQ("The live mix has 1 to 60 frames per second", LMRTCCodeDefine::codeDesc(LocalCodeMixFrameRate));
-  LMRTCMixConfig config = size(0, 0);
+  Config config = size(0, 0);
   config.mediaConfig.videoConfig.videoLayout.fps = 30;
   EXPECT_EQ(0, configure(config)) << "0 changes nothing";
   EXPECT_EQ("360x640 11", shown({{20, 4}, {340, 4}}));
