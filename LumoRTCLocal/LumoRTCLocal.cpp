@@ -34,7 +34,7 @@ std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Option
   context->renderGate = std::make_shared<lumo::CallbackGate>();
   context->audio = std::make_shared<lumo::AudioExchange>(context->timeline);
   context->server = std::make_shared<lumo::MediaServer>(context->timeline, context->sdk, context->audio);
-  context->connection = std::make_shared<lumo::NetworkConnection>(kLocalSource);
+  context->connection = context->server->makeConnection();
   context->speaker = std::make_shared<lumo::Speaker>();
   context->decoding = context->timeline->makeRunner("sound files");
   context->opening = context->timeline->makeRunner("open files");
@@ -189,8 +189,10 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
     if (!camera.source) return {lumo::LocalCodeCameraFailed, std::move(camera.error), nullptr};
   }
   const lumo::LocalContext& context = *state_->context;
-  const auto joined =
-      context.server->join({roomId, userId, roomTypeFor(options.role), roleTypeFor(options.role), false, {}});
+  const auto connection = context.server->makeConnection();
+  connection->setModels(options.uplink, options.downlink);
+  const auto joined = context.server->join(
+      {roomId, userId, roomTypeFor(options.role), roleTypeFor(options.role), false, {}, {}, 0, connection});
   if (joined.code != lumo::LocalCodeSuccess) return refusal(joined.code);
 
   std::uint32_t number = 0;
@@ -198,9 +200,10 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
     const std::lock_guard lock(state_->mutex);
     number = options.sourceNumber ? *options.sourceNumber : ++state_->lastSource;
   }
-  lumo::ScriptedParticipant::Parts parts{
-      context.timeline, context.server,           context.audio, context.userId,   number,
-      options.video,    std::move(camera.source), context.sdk,   context.decoding, state_->participantFiles};
+  lumo::ScriptedParticipant::Parts parts{context.timeline,         context.server, context.audio,
+                                         context.userId,           number,         options.video,
+                                         std::move(camera.source), context.sdk,    context.decoding,
+                                         state_->participantFiles, connection};
   const auto participant =
       std::make_shared<lumo::ScriptedParticipant>(std::move(parts), joined.member, userId);
   state_->keep(participant);

@@ -65,6 +65,9 @@ class LumoRTCLocal {
     lumo::VideoFormat video = {};
     /// A video file or capture device for its default video stream; empty: the test picture.
     std::string camera = {};
+    /// How its connection to the media server behaves, to it and from it.
+    lumo::NetworkModel uplink = {};
+    lumo::NetworkModel downlink = {};
   };
 
   /// A scripted user in one room. Its operations take effect at once and answer with a code; after it has
@@ -127,6 +130,8 @@ class LumoRTCLocal {
     /// Steers the live mix of its room, as a broadcaster; see docs/local-media-sdk.md for the values.
     virtual std::int64_t setMixConfig(const LMRTCMixConfig& config) = 0;
     virtual std::int64_t enableInnerCdn(bool enabled) = 0;
+    /// How its connection behaves from now on.
+    virtual void setNetwork(const lumo::NetworkModel& up, const lumo::NetworkModel& down) = 0;
     /// Sends a text with the camera's pictures: it reaches those who have subscribed to them.
     virtual std::int64_t sendSei(const std::string& text) = 0;
 
@@ -156,8 +161,8 @@ class LumoRTCLocal {
     virtual void onInvitation(InvitationSink sink) = 0;
 
     /// Receives the local user's streams of that kind from now on, those published later included, and hands
-    /// each block or frame to the sink, on the media thread that sent it. An empty sink receives nothing
-    /// more, though one call may still be under way.
+    /// each block or frame to the sink, on the media thread that sent it (or the network's). An empty sink
+    /// receives nothing more, though one call may still be under way.
     /// @param tiny  the small size
     virtual void onAudio(AudioSink sink) = 0;
     virtual void onVideo(VideoSink sink, bool tiny = false) = 0;

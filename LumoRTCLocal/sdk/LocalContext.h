@@ -10,7 +10,7 @@
 #include "LumoRTCLocal/sdk/Speaker.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
 #include "LumoRTCLocal/server/MediaServer.h"
-#include "LumoRTCLocal/server/NetworkLink.h"
+#include "LumoRTCLocal/server/Network.h"
 
 namespace lumo {
 

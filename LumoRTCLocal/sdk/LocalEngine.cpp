@@ -145,7 +145,7 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
       context_->server->join({roomId, context_->userId, config.roomType().value_or(LMRTCRoomTypeNormal),
                               config.roleType().value_or(LMRTCRoleTypeBroadcaster),
                               config.joinRoomType() == LMRTCJoinRoomTypeExclusive, room, otherRooms,
-                              config.liveType().value_or(LMRTCLiveTypeAudioVideo)});
+                              config.liveType().value_or(LMRTCLiveTypeAudioVideo), context_->connection});
   if (result.code != LocalCodeSuccess) return result.code;
   stopEchoTest();
   room->enter(result, {microphone_, camera_});

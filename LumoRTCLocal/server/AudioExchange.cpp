@@ -31,6 +31,14 @@ void AudioExchange::removeListener(const std::shared_ptr<AudioTickListener>& lis
   std::erase(listeners_, listener);
 }
 
+void AudioExchange::hold(const std::shared_ptr<Publication>& publication,
+                         const std::shared_ptr<MediaReceiver>& receiver, const AudioBlock& block,
+                         bool overNetwork) {
+  jitterBuffer_.push(publication, receiver, block, overNetwork);
+  const std::lock_guard lock(mutex_);
+  startLocked();
+}
+
 void AudioExchange::startLocked() {
   if (running_) return;
   running_ = true;
@@ -48,7 +56,7 @@ void AudioExchange::tick(Microseconds time) {
   if (!self) return;
   {
     const std::lock_guard lock(mutex_);
-    if (publications_.empty() && listeners_.empty()) {
+    if (publications_.empty() && listeners_.empty() && jitterBuffer_.isEmpty()) {
       running_ = false;
       return;
     }
@@ -61,6 +69,7 @@ void AudioExchange::tick(Microseconds time) {
     publication->audio()->read(block_);
     publication->sendAudio(block_, time);
   }
+  jitterBuffer_.play(time);
   for (const auto& listener : currentListeners_) listener->audioTick(time);
   currentPublications_.clear();
   currentListeners_.clear();

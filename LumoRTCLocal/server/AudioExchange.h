@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/JitterBuffer.h"
 #include "LumoRTCLocal/server/Publication.h"
 
 namespace lumo {
@@ -20,7 +21,8 @@ class AudioTickListener {
 };
 
 /// The clock of all sound: every 10 ms, on one audio runner, it takes a block from each publication that
-/// somebody wants and sends it on; the listeners are told before and after. It rests while there is neither.
+/// somebody wants and sends it on, and hands out what came over a network; the listeners are told before and
+/// after. It rests while there is neither.
 /// Every operation may be called on any thread.
 class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
  public:
@@ -39,12 +41,19 @@ class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
   void addListener(const std::shared_ptr<AudioTickListener>& listener, Place place = Place::behind);
   void removeListener(const std::shared_ptr<AudioTickListener>& listener);
 
+  /// Whether sound for `receiver` has to go through `hold` at present, as some of it came late.
+  bool holds(const MediaReceiver& receiver) const { return jitterBuffer_.holds(receiver); }
+  /// Hands `block` out in one of the next ticks; as JitterBuffer::push.
+  void hold(const std::shared_ptr<Publication>& publication, const std::shared_ptr<MediaReceiver>& receiver,
+            const AudioBlock& block, bool overNetwork);
+
  private:
   void startLocked();
   void schedule(Microseconds time);
   void tick(Microseconds time);
 
   const std::shared_ptr<Timeline> timeline_;
+  JitterBuffer jitterBuffer_;
   std::mutex mutex_;  ///< guards what follows, up to the scratch fields
   bool running_ = false;
   std::vector<std::shared_ptr<Publication>> publications_;

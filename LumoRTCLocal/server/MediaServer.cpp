@@ -20,7 +20,15 @@ MediaServer::Aftermath::~Aftermath() {
 
 MediaServer::MediaServer(std::shared_ptr<Timeline> timeline, std::shared_ptr<Runner> events,
                          std::shared_ptr<AudioExchange> audio)
-    : timeline_(std::move(timeline)), events_(std::move(events)), audio_(std::move(audio)) {}
+    : timeline_(std::move(timeline)),
+      events_(std::move(events)),
+      audio_(std::move(audio)),
+      network_(std::make_shared<Network>(timeline_, audio_)) {}
+
+std::shared_ptr<NetworkConnection> MediaServer::makeConnection() {
+  const std::lock_guard lock(mutex_);
+  return std::make_shared<NetworkConnection>(network_, ++connections_);
+}
 
 MediaServer::JoinResult MediaServer::join(const JoinRequest& request) {
   Aftermath aftermath;
@@ -82,6 +90,7 @@ std::int64_t MediaServer::publish(const Member& member, const Publications& stre
   std::vector<PublicationState> states;
   for (const auto& stream : streams) {
     stream->publisher_ = member.get();
+    stream->setConnection(member->connection);
     member->publications.push_back(stream);
     states.push_back({stream, stream->isEnabled()});
   }
@@ -212,6 +221,7 @@ MediaServer::Member MediaServer::addLocked(const JoinRequest& request) {
   member->arrival = ++arrivals_;
   member->observer = request.observer;
   member->links = request.links;
+  member->connection = request.connection;
   room->notify(*events_, nullptr,
                [userId = request.userId](RoomObserver& observer) { observer.memberJoined(userId); });
   room->add(member);
@@ -262,7 +272,8 @@ void MediaServer::replaceSubscription(ServerMember& member, const std::shared_pt
                                       const Subscription* replacement, Aftermath& aftermath) {
   auto subscribers = *stream->subscribers();
   std::erase_if(subscribers, [&member](const auto& subscriber) { return subscriber.member == &member; });
-  if (replacement) subscribers.push_back({&member, replacement->receiver, replacement->tiny});
+  if (replacement)
+    subscribers.push_back({&member, replacement->receiver, replacement->tiny, member.connection});
   aftermath.touched.push_back(stream);
   aftermath.released.push_back(stream->setSubscribers(std::move(subscribers)));
 }

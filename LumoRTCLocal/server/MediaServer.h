@@ -13,6 +13,7 @@
 #include "LumoRTCLocal/server/AudioExchange.h"
 #include "LumoRTCLocal/server/LinkObserver.h"
 #include "LumoRTCLocal/server/LiveMix.h"
+#include "LumoRTCLocal/server/Network.h"
 #include "LumoRTCLocal/server/Publication.h"
 #include "LumoRTCLocal/server/RoomLinks.h"
 #include "LumoRTCLocal/server/RoomObserver.h"
@@ -38,6 +39,7 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
     std::weak_ptr<RoomObserver> observer;    ///< may be empty
     std::weak_ptr<LinkObserver> links = {};  ///< may be empty
     std::int64_t liveType = 0;               ///< LMRTCLiveType; decided by the first member, too
+    std::shared_ptr<NetworkConnection> connection = {};  ///< null: perfect
   };
   struct JoinResult {
     std::int64_t code = 0;
@@ -60,6 +62,9 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   /// @param events  runs the observers; it outlives the server
   MediaServer(std::shared_ptr<Timeline> timeline, std::shared_ptr<Runner> events,
               std::shared_ptr<AudioExchange> audio);
+
+  /// A connection for one user, perfect at first.
+  std::shared_ptr<NetworkConnection> makeConnection();
 
   JoinResult join(const JoinRequest& request);
   /// Unpublishes and unsubscribes what the member has, then takes it out of its room.
@@ -183,11 +188,13 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   const std::shared_ptr<Timeline> timeline_;
   const std::shared_ptr<Runner> events_;
   const std::shared_ptr<AudioExchange> audio_;
+  const std::shared_ptr<Network> network_;
   Cell<std::shared_ptr<const MixPushes::Failed>> pushFailed_;
   mutable std::mutex mutex_;  ///< guards everything below, and the members' fields
   std::unordered_map<std::string, std::unique_ptr<ServerRoom>> rooms_;
   RoomLinks links_;
   std::uint64_t arrivals_ = 0;
+  std::uint64_t connections_ = 0;
 };
 
 }  // namespace lumo

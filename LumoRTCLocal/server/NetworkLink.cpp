@@ -36,7 +36,7 @@ Microseconds NetworkLink::expectedTransit() const {
 
 std::optional<Microseconds> NetworkLink::carry(std::size_t bytes, Microseconds now) {
   const std::lock_guard lock(mutex_);
-  if (model_ == NetworkModel() && now > lastArrival_ + kSettling) {
+  if (model_ == NetworkModel() && now > lateUntil_ + kSettling) {
     direct_.store(true, std::memory_order_relaxed);
     return now;
   }
@@ -51,6 +51,7 @@ std::optional<Microseconds> NetworkLink::carry(std::size_t bytes, Microseconds n
   const Microseconds late(
       static_cast<std::int64_t>(nextChance() * static_cast<double>(model_.jitter.count())));
   lastArrival_ = std::max(lastArrival_, busyUntil_ + model_.delay + late);
+  if (lastArrival_ > now) lateUntil_ = lastArrival_;
   count_.transit += lastArrival_ - now;
   return lastArrival_;
 }

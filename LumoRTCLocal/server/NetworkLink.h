@@ -53,21 +53,8 @@ class NetworkLink {
   std::uint64_t chance_;
   Microseconds busyUntil_{0};  ///< when the last packet has left the bottleneck
   Microseconds lastArrival_{0};
+  Microseconds lateUntil_{0};  ///< the last arrival that came after its packet had entered
   Count count_;
-};
-
-/// Both directions of one member's connection.
-struct NetworkConnection {
-  /// @param seed  a number of its own for each connection
-  explicit NetworkConnection(std::uint64_t seed) : up(2 * seed), down(2 * seed + 1) {}
-
-  void setModels(const NetworkModel& upModel, const NetworkModel& downModel) {
-    up.setModel(upModel);
-    down.setModel(downModel);
-  }
-
-  NetworkLink up;    ///< to the server
-  NetworkLink down;  ///< from it
 };
 
 }  // namespace lumo

@@ -3,7 +3,21 @@
 #include <algorithm>
 #include <utility>
 
+#include "LumoRTCLocal/server/Network.h"
+
 namespace lumo {
+namespace {
+
+std::size_t pixels(std::int32_t length) { return static_cast<std::size_t>(length); }
+
+}  // namespace
+
+std::size_t sizeOf(const SentPicture& picture) {
+  const std::size_t luma = pixels(picture.frame.width) * pixels(picture.frame.height);
+  return luma + 2 * (pixels(picture.frame.width + 1) / 2) * (pixels(picture.frame.height + 1) / 2);
+}
+
+std::size_t sizeOf(const AudioBlock& block) { return sizeof block.samples; }
 
 std::shared_ptr<Publication> Publication::create(StreamName name, bool enabled,
                                                  std::shared_ptr<AudioSource> audio,
@@ -20,18 +34,74 @@ Publication::Publication(StreamName name, bool enabled, std::shared_ptr<AudioSou
       enabled_(enabled),
       subscribers_(std::make_shared<const Subscribers>()) {}
 
-void Publication::sendVideo(const LMRTCVideoFrame& frame, bool toTiny) const {
+void Publication::sendVideo(const LMRTCVideoFrame& frame, bool toTiny) {
+  if (isEnabled()) send(SentPicture{frame, toTiny}, std::nullopt);
+}
+
+void Publication::sendAudio(const AudioBlock& block, Microseconds time) {
+  if (isEnabled()) send(block, time);
+}
+
+template <class Media>
+void Publication::arrived(const Media& media, bool isDown, const std::shared_ptr<MediaReceiver>& receiver) {
   if (!isEnabled()) return;
   const auto subscribers = subscribers_.get();
+  if (!isDown) return spread(media, *subscribers, std::nullopt);
+  const auto found = std::ranges::find(*subscribers, receiver, &Subscriber::receiver);
+  if (found != subscribers->end()) deliver(media, *found, std::nullopt);
+}
+
+template void Publication::arrived(const SentPicture&, bool, const std::shared_ptr<MediaReceiver>&);
+template void Publication::arrived(const AudioBlock&, bool, const std::shared_ptr<MediaReceiver>&);
+
+bool Publication::reaches(const MediaReceiver& receiver) const {
+  const auto subscribers = subscribers_.get();
+  return std::ranges::any_of(*subscribers, [&](const auto& to) { return to.receiver.get() == &receiver; });
+}
+
+bool Publication::isFor(const Subscriber& subscriber, const SentPicture& picture) {
+  return subscriber.tiny == picture.tiny;
+}
+
+/// @param tick  the present 10 ms of the audio runner; nothing on other threads
+template <class Media>
+void Publication::send(const Media& media, std::optional<Microseconds> tick) {
+  const auto subscribers = subscribers_.get();
+  const auto isMeant = [&](const Subscriber& subscriber) { return isFor(subscriber, media); };
+  if (std::ranges::none_of(*subscribers, isMeant)) return;
+  if (!connection_ || connection_->up.isDirect()) return spread(media, *subscribers, tick);
+  if (connection_->network->send(connection_->up, media, weak_from_this(), {})) return;
   for (const Subscriber& subscriber : *subscribers) {
-    if (subscriber.tiny == toTiny) subscriber.receiver->receiveVideo(frame);
+    if (isMeant(subscriber)) subscriber.receiver->mediaLost();
   }
 }
 
-void Publication::sendAudio(const AudioBlock& block, Microseconds time) const {
-  if (!isEnabled()) return;
-  const auto subscribers = subscribers_.get();
-  for (const Subscriber& subscriber : *subscribers) subscriber.receiver->receiveAudio(block, time);
+template <class Media>
+void Publication::spread(const Media& media, const Subscribers& subscribers,
+                         std::optional<Microseconds> tick) {
+  for (const Subscriber& subscriber : subscribers) {
+    if (!isFor(subscriber, media)) continue;
+    const auto& connection = subscriber.connection;
+    if (!connection || connection->down.isDirect()) {
+      deliver(media, subscriber, tick);
+    } else if (!connection->network->send(connection->down, media, weak_from_this(), subscriber.receiver)) {
+      subscriber.receiver->mediaLost();
+    }
+  }
+}
+
+void Publication::deliver(const SentPicture& picture, const Subscriber& subscriber,
+                          std::optional<Microseconds> /*tick*/) {
+  subscriber.receiver->receiveVideo(picture.frame);
+}
+
+void Publication::deliver(const AudioBlock& block, const Subscriber& subscriber,
+                          std::optional<Microseconds> tick) {
+  const auto& connection = connection_ ? connection_ : subscriber.connection;
+  AudioExchange* const sound = connection ? &connection->network->sound() : nullptr;
+  if (tick && (!sound || !sound->holds(*subscriber.receiver)))
+    return subscriber.receiver->receiveAudio(block, *tick);
+  sound->hold(shared_from_this(), subscriber.receiver, block, !tick);
 }
 
 std::shared_ptr<const Publication::Subscribers> Publication::setSubscribers(Subscribers subscribers) {

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
@@ -14,18 +17,31 @@
 
 namespace lumo {
 
+struct NetworkConnection;
 struct ServerMember;
 
-/// Takes the media of a stream that a member has subscribed to. Called on the publisher's media thread, so it
-/// returns quickly.
+/// Takes the media of a stream that a member has subscribed to. Pictures come on the publisher's media
+/// thread, or, over a network, on the network's; sound comes on the audio runner. It returns quickly.
 class MediaReceiver {
  public:
   virtual ~MediaReceiver() = default;
 
   virtual void receiveVideo(const LMRTCVideoFrame& /*frame*/) {}
-  /// @param time  when the block was read, on the timeline
+  /// @param time  of the 10 ms in which the block comes, on the timeline
   virtual void receiveAudio(const AudioBlock& /*block*/, Microseconds /*time*/) {}
+  /// A picture or a block was lost on its way. Any thread.
+  virtual void mediaLost() {}
 };
+
+/// One picture on its way.
+struct SentPicture {
+  LMRTCVideoFrame frame;
+  bool tiny = false;  ///< for those who want the small size
+};
+
+/// How many bytes a link carries for it.
+std::size_t sizeOf(const SentPicture& picture);
+std::size_t sizeOf(const AudioBlock& block);
 
 /// What a published stream is called.
 struct StreamName {
@@ -64,8 +80,19 @@ class Publication : public std::enable_shared_from_this<Publication> {
   bool isTinyWanted() const { return isEnabled() && tinyCount_.load(std::memory_order_relaxed) > 0; }
 
   /// Sends one captured picture to those who want the normal size, or the small one.
-  void sendVideo(const LMRTCVideoFrame& frame, bool toTiny) const;
-  void sendAudio(const AudioBlock& block, Microseconds time) const;
+  void sendVideo(const LMRTCVideoFrame& frame, bool toTiny);
+  /// On the audio runner.
+  void sendAudio(const AudioBlock& block, Microseconds time);
+
+  // For the network.
+
+  /// Media has come from the publisher, or to one receiver. It goes on to those who still want it; what is
+  /// under way when the stream is switched off is dropped.
+  /// @param receiver  null: it has gone
+  template <class Media>
+  void arrived(const Media& media, bool isDown, const std::shared_ptr<MediaReceiver>& receiver);
+  /// Whether `receiver` has subscribed.
+  bool reaches(const MediaReceiver& receiver) const;
 
  private:
   friend class MediaServer;
@@ -74,14 +101,26 @@ class Publication : public std::enable_shared_from_this<Publication> {
     ServerMember* member = nullptr;
     std::shared_ptr<MediaReceiver> receiver;
     bool tiny = false;
+    std::shared_ptr<NetworkConnection> connection;  ///< of the member; null: perfect
   };
   using Subscribers = std::vector<Subscriber>;
 
   Publication(StreamName name, bool enabled, std::shared_ptr<AudioSource> audio, DemandChanged demandChanged);
 
+  static bool isFor(const Subscriber& subscriber, const SentPicture& picture);
+  static bool isFor(const Subscriber& /*subscriber*/, const AudioBlock& /*block*/) { return true; }
+  template <class Media>
+  void send(const Media& media, std::optional<Microseconds> tick);
+  template <class Media>
+  void spread(const Media& media, const Subscribers& subscribers, std::optional<Microseconds> tick);
+  void deliver(const SentPicture& picture, const Subscriber& subscriber, std::optional<Microseconds> tick);
+  void deliver(const AudioBlock& block, const Subscriber& subscriber, std::optional<Microseconds> tick);
+
   // For the server, under its lock: who publishes this, and to whom it goes.
   std::shared_ptr<const Subscribers> setSubscribers(Subscribers subscribers);  ///< returns the former ones
   std::shared_ptr<const Subscribers> subscribers() const { return subscribers_.get(); }
+  /// Before anybody subscribes; null: perfect.
+  void setConnection(std::shared_ptr<NetworkConnection> connection) { connection_ = std::move(connection); }
   void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
 
   // For the server, without its lock.
@@ -90,6 +129,7 @@ class Publication : public std::enable_shared_from_this<Publication> {
   const StreamName name_;
   const std::shared_ptr<AudioSource> audio_;
   const DemandChanged demandChanged_;
+  std::shared_ptr<NetworkConnection> connection_;  ///< of the publisher
   std::atomic<bool> enabled_;
   std::atomic<std::size_t> receiverCount_{0};
   std::atomic<std::size_t> tinyCount_{0};

@@ -50,7 +50,10 @@ class TapReceiver : public MediaReceiver {
 }  // namespace
 
 ScriptedParticipant::ScriptedParticipant(Parts parts, MediaServer::Member member, std::string userId)
-    : member_(std::move(member)), userId_(std::move(userId)), parts_(std::move(parts)) {}
+    : member_(std::move(member)),
+      userId_(std::move(userId)),
+      connection_(std::move(parts.connection)),
+      parts_(std::move(parts)) {}
 
 ScriptedParticipant::~ScriptedParticipant() { leaveRoom(false); }
 

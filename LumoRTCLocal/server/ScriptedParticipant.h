@@ -40,6 +40,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
     std::shared_ptr<Runner> sdk;          ///< ends what files publish
     std::shared_ptr<Runner> decoding;     ///< decodes the sound of files
     std::shared_ptr<FilePlayback> files;
+    std::shared_ptr<NetworkConnection> connection;
   };
 
   using Media = LumoRTCLocal::Media;
@@ -71,6 +72,9 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::int64_t switchRole(Role role) override;
   std::int64_t setMixConfig(const LMRTCMixConfig& config) override;
   std::int64_t enableInnerCdn(bool enabled) override;
+  void setNetwork(const NetworkModel& up, const NetworkModel& down) override {
+    connection_->setModels(up, down);
+  }
   std::int64_t sendSei(const std::string& text) override;
   std::int64_t leave() override;
   std::int64_t goOffline() override;
@@ -135,6 +139,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
 
   const MediaServer::Member member_;
   const std::string userId_;
+  const std::shared_ptr<NetworkConnection> connection_;
   Cell<std::shared_ptr<const InvitationSink>> invitations_;
   std::mutex mutex_;  ///< guards what follows; held over calls into the server, which never call back
   Parts parts_;

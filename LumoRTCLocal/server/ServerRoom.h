@@ -25,6 +25,7 @@ struct ServerMember {
   std::int64_t role = 0;  ///< LMRTCRoleType
   std::uint64_t arrival = 0;
   std::weak_ptr<RoomObserver> observer;
+  std::shared_ptr<NetworkConnection> connection;                   ///< null: perfect
   ServerRoom* room = nullptr;                                      ///< null once the stay is over
   Publications publications;                                       ///< in the order of publication
   std::unordered_set<std::shared_ptr<Publication>> subscriptions;  ///< in all rooms

@@ -35,6 +35,12 @@ TEST_F(AllocationTest, SteadyMediaAllocatesNothing) {
   EXPECT_EQ(0u, allocationCount() - before);
   EXPECT_EQ(30u + 20 + 30, frames + view->frameCount() + preview->frameCount() - framesBefore);
   EXPECT_GT(blocks, 390u);
+
+  local->setNetwork({.delay = 50ms, .jitter = 20ms, .loss = 0.1}, {.delay = 80ms});
+  local->advance(3s);
+  const std::size_t beforeLate = allocationCount();
+  local->advance(3s);
+  EXPECT_EQ(0u, allocationCount() - beforeLate) << "over a network";
 }
 
 }  // namespace

@@ -130,6 +130,7 @@ TEST_F(RealTimeTest, ACallWhileOthersComeAndGo) {
       const auto bob = local->join("r", "bob").participant;
       bob->publishVideo();
       anna->mute(i % 2 == 0);
+      local->setNetwork({}, i % 3 == 0 ? lumo::NetworkModel() : lumo::NetworkModel{1ms, 3ms, 0.1});
       bob->sendSei("x");
       bob->leave();
     }
