@@ -22,13 +22,7 @@ class ObserverTest : public EngineTest {
   /// Hands a block to a hook and checks what the observer hears.
   void deliver(const LMRTCAudioDataCallback& hook, const std::vector<std::string>& lines) {
     ASSERT_TRUE(hook);
-    hook({.bytes = bytes,
-          .length = 1920,
-          .channels = 2,
-          .sampleRate = 48000,
-          .bytesPerSample = 2,
-          .samples = 480,
-          .renderTimeMs = 77});
+    hook({bytes, 1920, 2, 48000, 2, 480, 77});
     EXPECT_EQ(Trace::text(lines), trace->take());
   }
   void deliver(const std::shared_ptr<fake::VideoInput>& input, const std::vector<std::string>& lines) {
@@ -65,7 +59,7 @@ TEST_F(ObserverTest, TheMicrophoneAndTheMixesAreWatchedUntilTheObserverIsRemoved
   EXPECT_FALSE(mic.willSend.get());
 
   expect(kNotJoined, engine->setRemoteAudioMixedDelegate(sound),
-         {"T setRemoteAudioMixedDelegate delegate:1", "E setRemoteAudioMixedDelegate msg:room is nil"});
+         {"T setRemoteAudioMixedDelegate delegate:1", "E: room is nil"});
   join();
   expect(0, engine->setRemoteAudioMixedDelegate(sound),
          {"T setRemoteAudioMixedDelegate delegate:1", "sdk r1.setReceivedAudioBufferCallback set"});
@@ -75,14 +69,12 @@ TEST_F(ObserverTest, TheMicrophoneAndTheMixesAreWatchedUntilTheObserverIsRemoved
   deliver(mic.recorded.get(), {});
 
   engine->setRtcEngine(nullptr);
-  expect(
-      kDestroyed, engine->setLocalAudioCapturedDelegate(nullptr),
-      {"T setLocalAudioCapturedDelegate delegate:0", "E setLocalAudioCapturedDelegate msg:rtcEngine is nil"});
+  expect(kDestroyed, engine->setLocalAudioCapturedDelegate(nullptr),
+         {"T setLocalAudioCapturedDelegate delegate:0", kNoEngine});
   expect(kDestroyed, engine->setLocalAudioMixedDelegate(nullptr),
-         {"T setLocalAudioMixedDelegate delegate:0", "E setLocalAudioMixedDelegate msg:rtcEngine is nil"});
+         {"T setLocalAudioMixedDelegate delegate:0", kNoEngine});
   expect(kDestroyed, engine->setLocalVideoProcessedDelegate(nullptr),
-         {"T setLocalVideoProcessedDelegate delegate:0",
-          "E setLocalVideoProcessedDelegate msg:rtcEngine is nil"});
+         {"T setLocalVideoProcessedDelegate delegate:0", kNoEngine});
 }
 
 TEST_F(ObserverTest, SentPicturesAreReplacedByWhatTheObserverReturns) {
@@ -95,8 +87,7 @@ TEST_F(ObserverTest, SentPicturesAreReplacedByWhatTheObserverReturns) {
 
   const auto file = make<fake::FileOutput>("clip");
   expect(kNoStream, engine->setLocalCustomVideoProcessedDelegate(samples, "clip"),
-         {"T setLocalCustomVideoProcessedDelegate tag:clip",
-          "E setLocalCustomVideoProcessedDelegate msg:stream is nil"});
+         {"T setLocalCustomVideoProcessedDelegate tag:clip", "E: stream is nil"});
   engine->setCustomStreams({{"clip", std::make_shared<LMRTCIWCustomStream>(2, file)}});
   const auto other = std::make_shared<LMRTCIWSampleBufferVideoFrameDelegate>();
   other->onSampleBuffer = [](const CMSampleBufferRef&) { return nullptr; };
@@ -112,15 +103,13 @@ TEST_F(ObserverTest, SentPicturesAreReplacedByWhatTheObserverReturns) {
 
 TEST_F(ObserverTest, UsersOfTheMainRoomAreWatchedStreamByStream) {
   expect(kNotJoined, engine->setRemoteAudioReceivedDelegate(sound, "u1"),
-         {"T setRemoteAudioReceivedDelegate userId:u1",
-          "E setRemoteAudioReceivedDelegate msg:room is nil or localUser is nil"});
+         {"T setRemoteAudioReceivedDelegate userId:u1", kNoUser});
   const auto camera = make<fake::VideoInput>("u1", kLMRTCDefaultStreamTag, 1);
   const auto mic = make<fake::AudioInput>("u1");
   room->users = {user("u1", {stream("u1", "cam2", 0), mic, camera}), user("u2")};
   join();
-  expect(
-      kNobody, engine->setRemoteVideoProcessedDelegate(pixels, "u9"),
-      {"T setRemoteVideoProcessedDelegate userId:u9", "E setRemoteVideoProcessedDelegate msg:user is nil"});
+  expect(kNobody, engine->setRemoteVideoProcessedDelegate(pixels, "u9"),
+         {"T setRemoteVideoProcessedDelegate userId:u9", "E: user is nil"});
   expect(0, engine->setRemoteAudioReceivedDelegate(sound, "u2"),
          {"T setRemoteAudioReceivedDelegate userId:u2"});
   expect(0, engine->setRemoteVideoProcessedDelegate(pixels, "u2"),
@@ -148,15 +137,14 @@ TEST_F(ObserverTest, CustomStreamsKeepTheObserverEvenWhenTheyAreNotThere) {
   const std::string audio = "setRemoteCustomAudioReceivedDelegate";
   const std::string missing = "console LMRTCIWEngine setRemoteCustomVideoProcessedDelegate return: -16";
   expect(kNotJoined, engine->setRemoteCustomVideoProcessedDelegate(pixels, "u1", "cam2"),
-         {"T " + video + " userId:u1,tag:cam2",
-          "E " + video + " msg:room is nil or localUser is nil or iwRoomSetup is nil"});
+         {"T " + video + " userId:u1,tag:cam2", kNoSetup});
   EXPECT_TRUE(engine->remoteCustomVideoProcessedDelegates().empty());
   const auto picture2 = make<fake::VideoInput>("u1", "cam2", 1, 1);
   const auto sound2 = make<fake::VideoInput>("u1", "cam2", 0, 1);
   room->users = {user("u1", {stream("u1", "mic2", 0), sound2, picture2})};
   join();
   expect(kNobody, engine->setRemoteCustomVideoProcessedDelegate(pixels, "u9", "cam2"),
-         {"T " + video + " userId:u9,tag:cam2", "E " + video + " msg:user is nil"});
+         {"T " + video + " userId:u9,tag:cam2", "E: user is nil"});
   EXPECT_TRUE(engine->remoteCustomVideoProcessedDelegates().contains("u9@cam2"));
   expect(kNoStream, engine->setRemoteCustomAudioReceivedDelegate(sound, "u1", "mic2"),
          {"T " + audio + " userId:u1,tag:mic2", missing});

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,26 +22,20 @@ constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
 
 TEST(CodeTexts, EveryCodeHasItsTextAndAllOthersHaveDashes) {
-  const std::vector<std::string> texts = {"Set or remove WaterMark error",
-                                          "--",
-                                          "Open file Error",
-                                          "Interface not support yet",
-                                          "Create custom stream Error",
-                                          "Parameter Error",
-                                          "Stream Not Exist",
-                                          "Start Audio Mix Error",
-                                          "Remote User Not Joined RTCRoom",
-                                          "Local User Not Joined RTCRoom",
-                                          "Switch camera error",
-                                          "RTC Engine not init",
-                                          "LMRTCWrapper Engine has been destroy"};
-  for (std::int64_t code = -22; code <= -10; ++code) {
-    EXPECT_EQ(texts[static_cast<std::size_t>(code + 22)], LMRTCIWCodeDefine::codeMessage(code)) << code;
+  std::istringstream texts(
+      "Set or remove WaterMark error|--|Open file Error|Interface not support yet|Create custom stream Error|"
+      "Parameter Error|Stream Not Exist|Start Audio Mix Error|Remote User Not Joined RTCRoom|"
+      "Local User Not Joined RTCRoom|Switch camera error|RTC Engine not init|"
+      "LMRTCWrapper Engine has been destroy");
+  std::int64_t code = -22;
+  for (std::string text; std::getline(texts, text, '|'); ++code) {
+    EXPECT_EQ(text, LMRTCIWCodeDefine::codeMessage(code)) << code;
   }
+  EXPECT_EQ(-9, code);
   EXPECT_EQ("Success", LMRTCIWCodeDefine::codeMessage(0));
-  for (const std::int64_t code : {std::int64_t{-1}, std::int64_t{-5}, std::int64_t{-9}, std::int64_t{-23},
-                                  std::int64_t{1}, kLeast, kMost}) {
-    EXPECT_EQ("--", LMRTCIWCodeDefine::codeMessage(code)) << code;
+  for (const std::int64_t other :
+       {std::int64_t{-1}, std::int64_t{-9}, std::int64_t{-23}, std::int64_t{1}, kLeast, kMost}) {
+    EXPECT_EQ("--", LMRTCIWCodeDefine::codeMessage(other)) << other;
   }
 }
 
