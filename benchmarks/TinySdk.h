@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -19,12 +20,14 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLocalUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOtherRoomEventDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoom.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStatusReport.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
 #include "LumoRTCLibWrapper/platform/system/Console.h"
@@ -81,9 +84,10 @@ class Microphone : public Stream<LMRTCAudioOutputStream> {
   std::uint64_t volume_ = 0;
 };
 
-class Input : public Stream<LMRTCInputStream> {
+template <class Base>
+class Input : public Stream<Base> {
  public:
-  using Stream::Stream;
+  using Stream<Base>::Stream;
   std::int64_t resourceState() const override { return LMRTCResourceStateNormal; }
   void setAudioDataCallback(LMRTCAudioDataCallback) override {}
 };
@@ -92,8 +96,8 @@ class RemoteUser : public LMRTCRemoteUser {
  public:
   explicit RemoteUser(const std::string& userId)
       : userId_(userId),
-        streams_{std::make_shared<Input>(userId, LMRTCMediaTypeAudio),
-                 std::make_shared<Input>(userId, LMRTCMediaTypeVideo)} {}
+        streams_{std::make_shared<Input<LMRTCAudioInputStream>>(userId, LMRTCMediaTypeAudio),
+                 std::make_shared<Input<LMRTCInputStream>>(userId, LMRTCMediaTypeVideo)} {}
 
   std::optional<std::string> userId() const override { return userId_; }
   std::vector<std::shared_ptr<LMRTCInputStream>> remoteStreams() const override { return streams_; }
@@ -136,20 +140,40 @@ class LocalUser : public LMRTCLocalUser {
   const std::string userId_ = "me";
 };
 
-/// A room full of users with a microphone and a camera each.
-class Room : public LMRTCRoom {
+/// The id of a user, which has the same length for all up to 900,000.
+inline std::string userId(std::int64_t number) { return "user-" + std::to_string(100'000 + number); }
+
+/// What both kinds of rooms have: users with a microphone and a camera each.
+template <class Base>
+class UsersOf : public Base {
  public:
-  explicit Room(std::int64_t userCount) {
+  /// @param firstUser  the number of the first one
+  UsersOf(std::string roomId, std::int64_t firstUser, std::int64_t userCount) : roomId_(std::move(roomId)) {
     for (std::int64_t i = 0; i < userCount; ++i) {
-      users_.push_back(std::make_shared<RemoteUser>("user-" + std::to_string(100'000 + i)));
+      users_.push_back(std::make_shared<RemoteUser>(tiny::userId(firstUser + i)));
+      usersById_.emplace(tiny::userId(firstUser + i), users_.back());
     }
   }
 
-  std::shared_ptr<LMRTCRoomEventDelegate> events() const { return delegate_.lock(); }
-
   const std::string& roomId() const override { return roomId_; }
   std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override { return users_; }
-  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(const std::string&) const override { return nullptr; }
+  std::shared_ptr<LMRTCRemoteUser> getRemoteUser(const std::string& userId) const override {
+    const auto place = usersById_.find(userId);
+    return place == usersById_.end() ? nullptr : place->second;
+  }
+
+ private:
+  const std::string roomId_;
+  std::vector<std::shared_ptr<LMRTCRemoteUser>> users_;
+  std::unordered_map<std::string, std::shared_ptr<LMRTCRemoteUser>> usersById_;
+};
+
+class Room : public UsersOf<LMRTCRoom> {
+ public:
+  explicit Room(std::int64_t userCount) : UsersOf("room", 0, userCount) {}
+
+  std::shared_ptr<LMRTCRoomEventDelegate> events() const { return delegate_.lock(); }
+
   void setDelegate(std::weak_ptr<LMRTCRoomEventDelegate> delegate) override {
     delegate_ = std::move(delegate);
   }
@@ -162,19 +186,29 @@ class Room : public LMRTCRoom {
   std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return nullptr; }
 
  private:
-  const std::string roomId_ = "room";
   const std::shared_ptr<LocalUser> localUser_ = std::make_shared<LocalUser>();
-  std::vector<std::shared_ptr<LMRTCRemoteUser>> users_;
   std::weak_ptr<LMRTCRoomEventDelegate> delegate_;
+};
+
+class OtherRoom : public UsersOf<LMRTCOtherRoom> {
+ public:
+  using UsersOf::UsersOf;
+  void setDelegate(std::weak_ptr<LMRTCOtherRoomEventDelegate>) override {}
 };
 
 class Engine : public LMRTCEngine {
  public:
   /// What `joinRoom` answers with.
   std::shared_ptr<Room> room;
+  /// What `joinOtherRoom` answers with.
+  std::unordered_map<std::string, std::shared_ptr<OtherRoom>> otherRooms;
+
+  std::shared_ptr<LMRTCStatusReportDelegate> reports() const { return reports_.lock(); }
 
   void setDelegate(std::weak_ptr<LMRTCEngineEventDelegate>) override {}
-  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate>) override {}
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) override {
+    reports_ = std::move(delegate);
+  }
   void setMediaServerUrl(const std::string&) override {}
   void initWithConfig(const LMRTCConfig&) override {}
   void unInit() override {}
@@ -182,7 +216,9 @@ class Engine : public LMRTCEngine {
     completion(0, room);
   }
   void leaveRoom(Completion) override {}
-  void joinOtherRoom(const std::string&, JoinOtherCompletion) override {}
+  void joinOtherRoom(const std::string& roomId, JoinOtherCompletion completion) override {
+    completion(0, otherRooms.at(roomId));
+  }
   void leaveOtherRoom(const std::string&, bool, LeaveOtherCompletion) override {}
   std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
       const std::string&, bool, bool, const std::string&, const LMRTCVideoStreamConfig&) override {
@@ -202,6 +238,7 @@ class Engine : public LMRTCEngine {
 
  private:
   const std::shared_ptr<Microphone> microphone_ = std::make_shared<Microphone>();
+  std::weak_ptr<LMRTCStatusReportDelegate> reports_;
 };
 
 class Provider : public LMRTCProvider {

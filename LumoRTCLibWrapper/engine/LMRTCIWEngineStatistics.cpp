@@ -118,20 +118,37 @@ void reportSent(const LMRTCIWStatsDelegate& listener, const LMRTCStreamStatus& s
 
 using Rooms = std::vector<std::shared_ptr<LMRTCBaseRoom>>;
 
-std::shared_ptr<LMRTCBaseRoom> roomOf(const Rooms& rooms, const std::string& userId) {
-  const auto place =
-      std::ranges::find_if(rooms, [&](const auto& room) { return room->getRemoteUser(userId) != nullptr; });
-  return place == rooms.end() ? nullptr : *place;
-}
+/// Finds the rooms of users. The streams of one user mostly follow one another, so that asking again for the
+/// same one costs nothing.
+class RoomFinder {
+ public:
+  explicit RoomFinder(Rooms rooms) : rooms_(std::move(rooms)) {}
 
-void reportReceived(const LMRTCIWStatsDelegate& listener, const Rooms& rooms,
+  /// The first room that has the user, or null.
+  /// @param userId  stays as it is until the next call
+  const LMRTCBaseRoom* roomOf(const std::string& userId) {
+    if (userId_ && *userId_ == userId) return room_;
+    const auto place = std::ranges::find_if(
+        rooms_, [&](const auto& room) { return room->getRemoteUser(userId) != nullptr; });
+    userId_ = &userId;
+    room_ = place == rooms_.end() ? nullptr : place->get();
+    return room_;
+  }
+
+ private:
+  const Rooms rooms_;
+  const std::string* userId_ = nullptr;  // of the user who was asked for last, whose room follows
+  const LMRTCBaseRoom* room_ = nullptr;
+};
+
+void reportReceived(const LMRTCIWStatsDelegate& listener, RoomFinder& rooms,
                     const LMRTCStreamStatus& status) {
   if (status.mediaStreamType == LMRTCMediaStreamTypeLive) {
     if (isVideo(status)) call(listener.onLiveMixVideoStats, remoteVideo(status));
     if (isAudio(status)) call(listener.onLiveMixAudioStats, remoteAudio(status));
     return;
   }
-  const auto room = roomOf(rooms, status.userId);
+  const LMRTCBaseRoom* const room = rooms.roomOf(status.userId);
   if (!room) return;
   if (status.mediaStreamType == LMRTCMediaStreamTypeNormal) {
     if (isVideo(status))
@@ -167,7 +184,7 @@ void LMRTCIWEngine::didReportStatusForm(const LMRTCStatusForm& form) {
   for (const auto& status : form.sendStats) {
     if (!callbackGate_.isClosed()) reportSent(*listener, status);
   }
-  const auto rooms = allRooms();
+  RoomFinder rooms(allRooms());
   for (const auto& status : form.recvStats) {
     if (!callbackGate_.isClosed()) reportReceived(*listener, rooms, status);
   }
@@ -191,6 +208,7 @@ void LMRTCIWEngine::didReportLiveAudioStatus(const std::vector<LMRTCLiveAudioSta
 std::unordered_map<std::string, LMRTCLiveAudioStatus> LMRTCIWEngineBase::getFullAudioStates(
     const std::vector<LMRTCLiveAudioStatus>& statuses) const {
   std::unordered_map<std::string, LMRTCLiveAudioStatus> states;
+  states.reserve(statuses.size());
   for (const auto& status : statuses) states.insert_or_assign(status.streamId(), status);
   for (const auto& room : allRooms()) {
     for (const auto& user : room->remoteUsers()) {
