@@ -1,6 +1,8 @@
 #include "examples/lumo-call/Call.h"
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <functional>
 #include <utility>
 
@@ -13,6 +15,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
 #include "LumoRTCLibWrapper/platform/system/MainQueue.h"
+#include "examples/support/PngImage.h"
 
 namespace {
 
@@ -25,13 +28,20 @@ constexpr std::int64_t kMixed = 1;  // with the microphone
 constexpr std::uint64_t kEffectVolume = 70;
 constexpr float kSecondsPerLine = 0.5F;
 constexpr lumo::Microseconds kTick = 16ms;  // of the drawing loop
+constexpr double kWatermarkX = 0.72;
+constexpr double kWatermarkY = 0.03;
+constexpr double kWatermarkZoom = 0.25;
 
-/// What participant `number`, counted from 0, sends. The local user is source 0.
+constexpr std::uint32_t kLocalSource = 0;
+
+/// What participant `number`, counted from 0, sends.
 std::uint32_t sourceNumber(std::size_t number) { return static_cast<std::uint32_t>(number) + 1; }
+
+double toneFrequency(std::uint32_t source) { return 300 + 100.0 * source; }
 
 std::vector<double> toneFrequencies(std::size_t participants) {
   std::vector<double> frequencies;
-  for (std::size_t i = 0; i < participants; ++i) frequencies.push_back(300 + 100.0 * sourceNumber(i));
+  for (std::size_t i = 0; i < participants; ++i) frequencies.push_back(toneFrequency(sourceNumber(i)));
   return frequencies;
 }
 
@@ -56,6 +66,7 @@ Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
       local_(std::move(local)),
       delegate_(std::make_shared<LMRTCIWEngineDelegate>()),
       meter_(toneFrequencies(options.names.size())),
+      ownMeter_({toneFrequency(kLocalSource)}),
       gallery_(options.surface),
       participants_(options.names.size()),
       musicSeconds_(options.music.empty() ? 0 : LMRTCAudioMixer::durationOfAudioFile(options.music)),
@@ -69,7 +80,10 @@ Call::~Call() = default;
 bool Call::run() {
   lumo::MainQueue::setExecutor(
       [main = main_.get()](lumo::MainQueue::Task task) { main->post(std::move(task)); });
-  local_->setSpeaker([this](const lumo::AudioBlock& block, lumo::Microseconds) { meter_.add(block); });
+  local_->setSpeaker([this](const lumo::AudioBlock& block, lumo::Microseconds) {
+    meter_.add(block);
+    ownMeter_.add(block);
+  });
   lumo::MainQueue::async([this] { start(); });
   const bool isAsPlanned = ended_.get_future().get();
   local_->setSpeaker({});
@@ -131,13 +145,31 @@ void Call::stopRecording() {
 }
 
 void Call::start() {
+  engine_ = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
+  engine_->setEngineDelegate(delegate_);
+  if (options_.echo > 0) return testEcho();
+  begin();
+}
+
+void Call::testEcho() {
+  act("startEchoTest timeInterval=" + std::to_string(options_.echo),
+      [this] { return engine_->startEchoTest(options_.echo); });
+  main_->postAt(timeline_->now() + 2 * std::chrono::seconds(options_.echo), [this] {
+    act("stopEchoTest", [this] { return engine_->stopEchoTest(); });
+    std::array<char, 64> heard{};
+    std::snprintf(heard.data(), heard.size(), "the echo of the microphone came at %.2f of full scale",
+                  ownMeter_.levels().front().highest);
+    log_.action(heard.data());
+    begin();
+  });
+}
+
+void Call::begin() {
   for (std::size_t i = 0; i < participants_.size(); ++i) {
     if (!isLate(i)) bring(i);
   }
   planScript();
   draw();
-  engine_ = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
-  engine_->setEngineDelegate(delegate_);
   act("joinRoom roomId=" + options_.roomId,
       [this] { return engine_->joinRoom(options_.roomId, std::make_shared<LMRTCIWRoomSetup>()); });
 }
@@ -185,6 +217,7 @@ void Call::enterRoom() {
   act("setLocalView",
       [this] { return engine_->setLocalViewWithViewDelegate(gallery_.surfaceOf(kLocalUserId).view()); });
   if (!options_.file.empty()) publishFile();
+  if (!options_.watermark.empty()) setWatermark();
   gallery_.layout();
   playSounds();
 }
@@ -197,6 +230,12 @@ void Call::publishFile() {
     return engine_->setLocalCustomStreamViewWithViewDelegate(gallery_.surfaceOf(tag + " (file)").view(), tag);
   });
   act("publishCustomStream tag=" + tag, [&] { return engine_->publishCustomStream(tag); });
+}
+
+void Call::setWatermark() {
+  act("setWatermark image=" + options_.watermark, [this] {
+    return engine_->setWatermark(readPng(options_.watermark), kWatermarkX, kWatermarkY, kWatermarkZoom);
+  });
 }
 
 void Call::receive(const std::string& userId, std::int64_t mediaType) {

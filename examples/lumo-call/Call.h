@@ -45,10 +45,13 @@ class Call {
 
   void answerCallbacks();
   void start();
+  void testEcho();
+  void begin();
   void planScript();
   void bring(std::size_t number);
   void enterRoom();
   void publishFile();
+  void setWatermark();
   void receive(const std::string& userId, std::int64_t mediaType);
   void playSounds();
   void stopRecording();
@@ -68,6 +71,7 @@ class Call {
   const std::shared_ptr<LMRTCIWEngineDelegate> delegate_;
   CallbackLog log_;
   LevelMeter meter_;
+  LevelMeter ownMeter_;
   Gallery gallery_;
   std::shared_ptr<LMRTCIWEngine> engine_;
   std::vector<Participant> participants_;  // null: not there yet

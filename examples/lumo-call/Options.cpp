@@ -14,6 +14,7 @@ namespace {
 constexpr ExitCode kWrongOptions{2};
 constexpr std::size_t kMostParticipants = 16;
 constexpr double kMostSeconds = 24 * 60 * 60;
+constexpr std::int64_t kLongestEcho = 60;
 constexpr std::array<const char*, kMostParticipants> kNames = {
     "Anna", "Ben",   "Carla", "David", "Emma", "Finn", "Greta", "Hugo",
     "Ida",  "Jonas", "Klara", "Leo",   "Mia",  "Noah", "Olga",  "Paul"};
@@ -82,6 +83,11 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->transform(CLI::CheckedTransformer(kSurfaces).description(""))
       ->type_name("native|flutter|unity");
   app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
+  app.add_option("--watermark", options.watermark, "Picture to draw into that of the camera (PNG)")
+      ->type_name("FILE");
+  app.add_option("--echo", options.echo, "Before the call, record the microphone that long and play it back")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(std::int64_t{1}, kLongestEcho));
   app.add_flag("--log", options.log, "Write the structured log to standard error");
   try {
     app.parse(argc, argv);

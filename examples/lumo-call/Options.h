@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
@@ -25,6 +26,8 @@ struct CallOptions {
   double seconds = 5;        ///< above 0
   SurfaceKind surface = SurfaceKind::native;
   bool log = false;
+  std::string watermark;  ///< a PNG file that is drawn into the camera's picture; empty: none
+  std::int64_t echo = 0;  ///< seconds that the echo test records before the call; 0: no test
 };
 
 /// How the program ends when there is nothing to run.

@@ -15,6 +15,7 @@
 #include "examples/lumo-call/Call.h"
 #include "examples/lumo-call/Options.h"
 #include "examples/support/ContactSheet.h"
+#include "examples/support/PngImage.h"
 
 namespace {
 
@@ -41,15 +42,12 @@ void printSummary(const Call& call) {
               joined(tones).c_str());
 }
 
-/// @return the exit code
-int writeSheet(const CallOptions& options, const Call& call) {
-  if (options.sheet.empty() || call.shown().empty()) return 0;
+/// @return what is wrong; empty when all is well
+std::string writeSheet(const CallOptions& options, const Call& call) {
+  if (options.sheet.empty() || call.shown().empty()) return {};
   std::vector<SheetPicture> pictures;
   for (const auto& shown : call.shown()) pictures.push_back(shown.picture);
-  const std::string error = writeContactSheet(options.sheet, pictures);
-  if (error.empty()) return 0;
-  std::cerr << "lumo-call: " << error << '\n';
-  return kFailed;
+  return writeContactSheet(options.sheet, pictures);
 }
 
 /// @return what is wrong with the files that the options name; empty when all is well
@@ -62,6 +60,8 @@ std::string openFiles(const CallOptions& options, LumoRTCLocal& local) {
     auto opened = lumo::MediaFileReader::open(lumo::pathOfUrl(sound), lumo::MediaKind::sound);
     if (!opened.reader) return std::move(opened.error);
   }
+  if (!options.watermark.empty() && !readPng(options.watermark))
+    return options.watermark + " is no PNG file that can be read";
   if (options.record.empty()) return {};
   std::error_code ignored;  // what matters is whether the files can be written
   const std::filesystem::path folder(options.record);
@@ -79,9 +79,13 @@ int runCall(const CallOptions& options) {
   Call call(options, local);
   const bool isAsPlanned = call.run();
   printSummary(call);
-  if (!call.recordingProblem().empty()) std::cerr << "lumo-call: " << call.recordingProblem() << '\n';
-  const int sheetCode = writeSheet(options, call);
-  return isAsPlanned && call.recordingProblem().empty() ? sheetCode : kFailed;
+  bool isWell = isAsPlanned;
+  for (const std::string& problem : {call.recordingProblem(), writeSheet(options, call)}) {
+    if (problem.empty()) continue;
+    std::cerr << "lumo-call: " << problem << '\n';
+    isWell = false;
+  }
+  return isWell ? 0 : kFailed;
 }
 
 }  // namespace

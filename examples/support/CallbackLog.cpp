@@ -92,6 +92,7 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
         {"code", "message"});
   print(d.onLocalLiveMixInnerCdnVideoFpsSet, "onLocalLiveMixInnerCdnVideoFpsSet", {"code", "message"});
   print(d.onLiveRoleSwitched, "onLiveRoleSwitched", {"role", "code", "message"});
+  print(d.onWatermarkSet, "onWatermarkSet", {"code", "message"});
   print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
   print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
 }
