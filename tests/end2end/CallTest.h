@@ -52,6 +52,22 @@ struct Step {
   std::string outcome;
 };
 
+/// What the listeners have told, one line for each call: a word and the arguments.
+class LineRecorder {
+ public:
+  template <class... Values>
+  void line(std::string text, const Values&... values) {
+    ((text += " " + word(values)), ...);
+    lines.push_back(text);
+  }
+
+  std::vector<std::string> lines;
+
+ private:
+  static std::string word(std::int64_t value) { return std::to_string(value); }
+  static std::string word(const std::string& value) { return value; }
+};
+
 /// A host's engine on LumoRTCLocal at manual pace; nothing of either may outlive the test.
 class CallTest : public ::testing::Test {
  protected:

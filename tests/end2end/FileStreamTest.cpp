@@ -25,28 +25,18 @@ std::int32_t pictureNumber(const LumoRTCI420Buffer& picture) {
   return -1;
 }
 
-class FileStreamTest : public CallTest {
+class FileStreamTest : public CallTest, protected LineRecorder {
  protected:
   FileStreamTest() {
-    delegate->onCustomStreamPublished = [this](const std::string& tag, std::int64_t code,
-                                               const std::string& message) {
-      lines.push_back("published " + tag + " " + std::to_string(code) + (code ? " " + message : ""));
+    delegate->onCustomStreamPublished = [this](auto& tag, auto code, auto& message) {
+      line("published", tag, code, code ? message : "");
     };
-    delegate->onCustomStreamPublishFinished = [this](const std::string& tag) {
-      lines.push_back("finished " + tag);
+    delegate->onCustomStreamPublishFinished = [this](auto& tag) { line("finished", tag); };
+    delegate->onCustomStreamUnpublished = [this](auto& tag, auto code, auto&) {
+      line("unpublished", tag, code);
     };
-    delegate->onCustomStreamUnpublished = [this](const std::string& tag, std::int64_t code,
-                                                 const std::string&) {
-      lines.push_back("unpublished " + tag + " " + std::to_string(code));
-    };
-    delegate->onRemoteCustomStreamPublished = [this](const std::string&, const std::string& user,
-                                                     const std::string& tag, std::int64_t type) {
-      lines.push_back(user + " publishes " + tag + " " + std::to_string(type));
-    };
-    delegate->onRemoteCustomStreamUnpublished = [this](const std::string&, const std::string& user,
-                                                       const std::string& tag, std::int64_t type) {
-      lines.push_back(user + " unpublishes " + tag + " " + std::to_string(type));
-    };
+    delegate->onRemoteCustomStreamPublished = [this](auto&, auto&&... all) { line("comes:", all...); };
+    delegate->onRemoteCustomStreamUnpublished = [this](auto&, auto&&... all) { line("goes:", all...); };
     engine->setEngineDelegate(delegate);
     anna = add("anna");
     anna->onVideo([this](const std::string& tag, const LMRTCVideoFrame& frame) {
@@ -86,7 +76,6 @@ class FileStreamTest : public CallTest {
 
   TempFolder folder;
   ParticipantPtr anna;
-  Lines lines;
   std::vector<std::int32_t> pictures;
   std::shared_ptr<const LumoRTCI420Buffer> last;
   SoundMeter microphone;
@@ -107,7 +96,7 @@ TEST_F(FileStreamTest, PicturesArriveInOrderAndTheEndIsReportedOnce) {
     pictures.clear();
     ASSERT_EQ(0, engine->publishCustomStream("clip"));
     advance(0us);
-    EXPECT_EQ((Lines{"published clip 0"}), takeLines());
+    EXPECT_EQ((Lines{"published clip 0 "}), takeLines());
     EXPECT_EQ("10 0 | 10 | 0", levels());
     advance(400ms);
     EXPECT_EQ((std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6}), pictures);
@@ -137,7 +126,7 @@ TEST_F(FileStreamTest, TheSoundGoesWhereItIsAskedTo) {
   EXPECT_EQ("0 10 | - | 10", levels());
   ASSERT_EQ(0, engine->unpublishCustomStream("clip"));
   advance(0us);
-  EXPECT_EQ((Lines{"published clip 0", "unpublished clip 0"}), takeLines());
+  EXPECT_EQ((Lines{"published clip 0 ", "unpublished clip 0"}), takeLines());
   EXPECT_EQ("10 0 | - | 0", levels());
   EXPECT_TRUE(lines.empty()) << "no end after a stop";
 
@@ -169,11 +158,11 @@ TEST_F(FileStreamTest, WhatCannotBePublishedEndsInAFailureAndNothingElseBreaks) 
 
   start(folder.write("half.mkv", whole.substr(0, whole.size() / 2)));
   advance(1500ms);
-  EXPECT_EQ((Lines{"published clip 0", "finished clip"}), takeLines()) << "played up to where it is cut";
+  EXPECT_EQ((Lines{"published clip 0 ", "finished clip"}), takeLines()) << "played up to where it is cut";
   start(writeClip(folder, "silent.mkv", {.pictures = 3}), true);
   EXPECT_EQ("10 0 | - | 0", levels()) << "without sound it replaces nothing";
   advance(200ms);
-  EXPECT_EQ((Lines{"published clip 0", "finished clip"}), takeLines());
+  EXPECT_EQ((Lines{"published clip 0 ", "finished clip"}), takeLines());
 }
 
 TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
@@ -203,7 +192,7 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
   advance(100ms);
   ASSERT_EQ(0, engine->leaveRoom());
   advance(2s);
-  EXPECT_EQ((Lines{"published clip 0"}), takeLines()) << "left in the middle";
+  EXPECT_EQ((Lines{"published clip 0 "}), takeLines()) << "left in the middle";
 }
 
 TEST_F(FileStreamTest, ParticipantsPublishFilesAsTwoStreams) {
@@ -214,7 +203,7 @@ TEST_F(FileStreamTest, ParticipantsPublishFilesAsTwoStreams) {
     ASSERT_EQ(0, anna->publishFile("film", path));
     EXPECT_EQ(LocalCodeAlreadyPublished, anna->publishFile("film", path));
     advance(0us);
-    EXPECT_EQ((Lines{"anna publishes film 2"}), takeLines());
+    EXPECT_EQ((Lines{"comes: anna film 2"}), takeLines());
     ASSERT_EQ(0, engine->subscribeCustomStream("anna", "film", kBoth, false));
     EXPECT_EQ("10 0 | - | 10", levels()) << "heard on the speaker";
     ASSERT_EQ(0, anna->mute("film", true));
@@ -223,7 +212,7 @@ TEST_F(FileStreamTest, ParticipantsPublishFilesAsTwoStreams) {
       ASSERT_EQ(0, anna->unpublish("film", Media::audioAndVideo));
     }
     advance(toTheEnd ? 700ms : 0ms);
-    EXPECT_EQ((Lines{"anna unpublishes film 2"}), takeLines());
+    EXPECT_EQ((Lines{"goes: anna film 2"}), takeLines());
     ASSERT_EQ(0, anna->mute("film", false));
   }
 }

@@ -18,7 +18,7 @@ using Lines = std::vector<std::string>;
 using Invitation = LumoRTCLocal::Participant::Invitation;
 
 /// The host is in room "r" with anna; ben and cleo are in room "s".
-class LinkedRoomsTest : public CallTest {
+class LinkedRoomsTest : public CallTest, protected LineRecorder {
  protected:
   LinkedRoomsTest() {
     ben->onInvitation([this](const Invitation& invitation) {
@@ -67,13 +67,6 @@ class LinkedRoomsTest : public CallTest {
     delegate->onKicked = [this](auto& room, auto&) { line("kicked", room); };
   }
 
-  static std::string word(std::int64_t value) { return std::to_string(value); }
-  static std::string word(const std::string& value) { return value; }
-  template <class... Values>
-  void line(std::string text, const Values&... values) {
-    ((text += " " + word(values)), ...);
-    lines.push_back(text);
-  }
   /// What has been told since the last call.
   Lines told() {
     advance(0us);
@@ -97,7 +90,6 @@ class LinkedRoomsTest : public CallTest {
     return answers.empty() ? -1 : std::stoll(answers.back().substr(answers.back().rfind(' ')));
   }
 
-  Lines lines;
   ParticipantPtr anna = add("anna");
   ParticipantPtr ben = addTo("s", "ben");
   ParticipantPtr cleo = addTo("s", "cleo");

@@ -11,52 +11,36 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Notes what runs, and when.
-class Trace {
- public:
-  explicit Trace(Timeline& timeline) : timeline_(timeline) {}
-
-  Runner::Task note(std::string name) {
-    return [this, name = std::move(name)] { add(name); };
-  }
-  void add(const std::string& name) {
-    lines_.push_back(name + "@" + std::to_string(timeline_.now().count()));
-  }
-  const std::vector<std::string>& lines() const { return lines_; }
-
- private:
-  Timeline& timeline_;
-  std::vector<std::string> lines_;
-};
-
 using Lines = std::vector<std::string>;
 
 TEST(ManualTimelineTest, RunsWhatFallsDueByTimeThenByPosting) {
   const auto timeline = Timeline::manual();
   const auto one = timeline->makeRunner("one");
   auto two = timeline->makeRunner("two");
-  Trace trace(*timeline);
-  one->postAt(30us, trace.note("late"));
-  two->postAt(10us, trace.note("first"));
-  one->postAt(10us, trace.note("second"));
+  Lines lines;
+  const auto add = [&](const std::string& name) {
+    lines.push_back(name + "@" + std::to_string(timeline->now().count()));
+  };
+  const auto note = [&add](const char* name) { return [&add, name] { add(name); }; };
+  one->postAt(30us, note("late"));
+  two->postAt(10us, note("first"));
+  one->postAt(10us, note("second"));
   two->post([&] {
-    trace.add("now");
-    EXPECT_TRUE(two->isCurrent());
-    EXPECT_FALSE(one->isCurrent());
+    add("now");
+    EXPECT_TRUE(two->isCurrent() && !one->isCurrent());
     EXPECT_EQ(0u, timeline->advance(1s)) << "from within a task";
-    one->post(trace.note("nested"));
-    one->postAt(20us, trace.note("nested later"));
+    one->post(note("nested"));
+    one->postAt(20us, note("nested later"));
   });
-  EXPECT_EQ(Lines(), trace.lines()) << "posting runs nothing";
+  EXPECT_EQ(Lines(), lines) << "posting runs nothing";
   EXPECT_EQ(5u, timeline->advance(29us));
-  EXPECT_EQ((Lines{"now@0", "nested@0", "first@10", "second@10", "nested later@20"}), trace.lines());
-  EXPECT_EQ(29us, timeline->now());
-  one->post(trace.note("today"));
-  one->postAt(5us, trace.note("overdue"));
+  one->post(note("today"));
+  one->postAt(5us, note("overdue"));
   EXPECT_EQ(2u, timeline->advance(0us));
   EXPECT_EQ(1u, timeline->advance(1us));
-  EXPECT_EQ((Lines{"today@29", "overdue@29", "late@30"}),
-            Lines(trace.lines().begin() + 5, trace.lines().end()));
+  EXPECT_EQ((Lines{"now@0", "nested@0", "first@10", "second@10", "nested later@20", "today@29", "overdue@29",
+                   "late@30"}),
+            lines);
 }
 
 /// The rules of destruction hold on both timelines.

@@ -1,8 +1,8 @@
+#include <cmath>
 #include <functional>
 #include <span>
 #include <tuple>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
 #include "LumoRTCLocal/media/MediaFileReader.h"
@@ -70,14 +70,16 @@ class LiveTest : public LocalSdkTest {
   }
   /// How loud each of the first four tones is on the speaker a little later, in tenths.
   std::string levels() {
-    ToneMeter speaker;
+    std::vector<std::int16_t> heard;
     local->advance(20ms);
-    local->setSpeaker([&speaker](const AudioBlock& block, Microseconds) { speaker.add(block); });
+    local->setSpeaker([&heard](const AudioBlock& block, Microseconds) {
+      heard.insert(heard.end(), block.samples.begin(), block.samples.end());
+    });
     local->advance(100ms);
     local->setSpeaker({});
     std::string tenths;
     for (int source = 0; source < 4; ++source)
-      tenths += std::to_string(std::lround(speaker.level(300 + 100 * source) / 0.2 * 10)) + " ";
+      tenths += std::to_string(std::lround(test::toneLevel(heard, 300 + 100 * source) / 0.2 * 10)) + " ";
     return tenths;
   }
   std::int64_t publishLive() {
@@ -200,7 +202,6 @@ TEST_F(LiveTest, RefusedConfigurationsLeaveTheMixAsItIs) {
     EXPECT_EQ(code, configure(config));
     EXPECT_EQ("360x640 11", shown({{20, 4}, {340, 4}})) << "still anna large";
   }
-  EXPECT_EQ("The live mix has 1 to 60 frames per second", LMRTCCodeDefine::codeDesc(LocalCodeMixFrameRate));
   Config config = size(0, 0);
   config.mediaConfig.videoConfig.videoLayout.fps = 30;
   EXPECT_EQ(0, configure(config)) << "0 changes nothing";
@@ -227,7 +228,6 @@ TEST_F(LiveTest, TheSoundOfAllOrOfTheChosenIsHeardOnce) {
   ASSERT_EQ(0, configure(chosen));
   EXPECT_EQ("10 0 10 0 ", levels());
   EXPECT_EQ(0, bob->unpublishAudio());
-  EXPECT_EQ("10 0 0 0 ", levels());
   EXPECT_EQ(0, bob->publishAudio());
   EXPECT_EQ("10 0 10 0 ", levels()) << "the choice outlasts the publication";
   LMRTCMixConfig everybody;
@@ -360,7 +360,6 @@ TEST_F(LiveTest, RoleSwitchesSucceedFailOrEndOutsideTheRoom) {
   EXPECT_EQ(std::to_string(LocalCodeSameRole), switchTo(LMRTCRoleTypeAudience));
   LMRTCMixConfig config = layoutMode(9);
   EXPECT_EQ(std::to_string(LocalCodeUnknownLayoutMode), switchTo(LMRTCRoleTypeBroadcaster, &config));
-  EXPECT_EQ(LocalCodeAudienceMayNotPublish, publishLive());
   config = layoutMode(LMRTCMixLayoutModeAdaptive);
   EXPECT_EQ("succeeded", switchTo(LMRTCRoleTypeBroadcaster, &config));
   ASSERT_TRUE(info);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,7 +21,6 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/sdk/LocalCodes.h"
-#include "tests/support/MediaFixtures.h"
 
 using namespace std::chrono_literals;
 using Trace = std::vector<std::string>;
@@ -214,21 +212,4 @@ class LocalSdkTest : public ::testing::Test {
   std::shared_ptr<LMRTCEngine> engine = LMRTCEngine::sharedInstance();
   std::shared_ptr<LMRTCRoom> room;
   std::shared_ptr<EventRecorder> recorder = std::make_shared<EventRecorder>(trace);
-};
-
-/// Collects blocks of sound and tells how strong a frequency is in their left channel.
-class ToneMeter {
- public:
-  void add(const lumo::AudioBlock& block) {
-    samples_.insert(samples_.end(), block.samples.begin(), block.samples.end());
-  }
-  void clear() { samples_.clear(); }
-
-  /// The amplitude of a sine of that frequency, 1 being full scale. Exact over whole periods.
-  double level(double frequencyHz) const {
-    return samples_.empty() ? 0 : lumo::test::toneLevel(samples_, frequencyHz);
-  }
-
- private:
-  std::vector<std::int16_t> samples_;
 };

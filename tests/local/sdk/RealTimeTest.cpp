@@ -1,6 +1,5 @@
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
+#include <semaphore>
 #include <thread>
 
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
@@ -10,44 +9,28 @@ namespace {
 
 constexpr auto kPatience = 20s;
 
-/// Waits until what it counts has reached a number.
-class Counter {
- public:
-  void add() {
-    const std::lock_guard lock(mutex_);
-    ++count_;
-    changed_.notify_all();
+/// Counts what comes.
+struct Counter {
+  void add() { count.release(); }
+  bool reaches(int more) {
+    while (more > 0 && count.try_acquire_for(kPatience)) --more;
+    return more == 0;
   }
-  bool reaches(int count) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kPatience, [&] { return count_ >= count; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  int count_ = 0;
+  std::counting_semaphore<> count{0};
 };
 
 /// Stays in its first frame until it is let go.
-class BlockedRenderer : public LMRTCVideoRenderer {
- public:
+struct BlockedRenderer : LMRTCVideoRenderer {
   void setSize(double, double) override {}
   void renderFrame(const LMRTCVideoFrame& frame) override {
-    std::unique_lock lock(mutex);
-    times.push_back(frame.timestampMs);
-    changed.notify_all();
-    if (times.size() == 1) changed.wait_for(lock, kPatience, [this] { return released; });
-  }
-  bool reaches(std::size_t count) {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, kPatience, [&] { return times.size() >= count; });
+    newest = frame.timestampMs;
+    frames.add();
+    if (!isReleased) isReleased = released.reaches(1);
   }
 
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool released = false;
-  std::vector<std::int64_t> times;
+  Counter frames, released;
+  std::atomic<std::int64_t> newest{0};
+  bool isReleased = false;
 };
 
 struct CountingRenderer : LMRTCVideoRenderer {
@@ -93,22 +76,17 @@ TEST_F(RealTimeTest, ASlowRendererSkipsFrames) {
   });
   const auto slow = std::make_shared<BlockedRenderer>();
   engine->defaultVideoStream()->setVideoView(slow);
-  ASSERT_TRUE(slow->reaches(1));
+  ASSERT_TRUE(slow->frames.reaches(1));
   const auto room = join();
   Counter published;
   room->localUser()->publishStreams({engine->defaultVideoStream()}, counting(published));
   ASSERT_TRUE(sent.reaches(4));
 
   const std::int64_t seen = newest;
-  {
-    const std::lock_guard lock(slow->mutex);
-    EXPECT_EQ(1u, slow->times.size());
-    slow->released = true;
-    slow->changed.notify_all();
-  }
-  ASSERT_TRUE(slow->reaches(2));
-  const std::lock_guard lock(slow->mutex);
-  EXPECT_GE(slow->times[1], seen) << "the newest frame, not one that waited";
+  EXPECT_FALSE(slow->frames.count.try_acquire());
+  slow->released.add();
+  ASSERT_TRUE(slow->frames.reaches(1));
+  EXPECT_GE(slow->newest, seen) << "the newest frame, not one that waited";
   EXPECT_TRUE(published.reaches(1));
 }
 
