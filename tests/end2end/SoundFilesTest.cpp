@@ -258,8 +258,7 @@ TEST(SoundFilesInRealTimeTest, AreSteeredFromAnyThread) {
   const auto engine = LMRTCEngine::sharedInstance();
   const auto mixer = LMRTCAudioMixer::sharedInstance();
   engine->initWithConfig(LMRTCConfig());
-  struct Listener : LMRTCAudioMixerAudioPlayDelegate {
-    void didReportPlayingProgress(float) override {}
+  struct Listener : MixerTrace {
     void didAudioMixingStateChanged(std::uint64_t state, std::uint64_t reason) override {
       if (state == LocalMixingStateStopped && reason == LocalMixingReasonEndOfFile) ended.release();
     }

@@ -122,33 +122,23 @@ TEST_F(SurfaceTest, AQueueKeepsTheOldestOrUpToALimitTheNewest) {
 
 // ---- any picture, turned any way, against the plainest code there is
 
-struct Frame {
-  std::shared_ptr<LumoRTCI420Buffer> picture;
-  LMRTCVideoFrame frame;
-};
-
 struct Holder : LumoRTCVideoFrameBuffer {
+  explicit Holder(std::shared_ptr<const LumoRTCI420Buffer> held) : picture(std::move(held)) {}
   std::shared_ptr<const LumoRTCI420Buffer> toI420() override { return picture; }
-  std::shared_ptr<const LumoRTCI420Buffer> picture;
+  const std::shared_ptr<const LumoRTCI420Buffer> picture;
 };
 
 /// A picture of noise whose rows are `padding` bytes longer than they need to be.
-Frame noise(std::int32_t width, std::int32_t height, std::int32_t rotation, std::int32_t padding) {
-  const std::int32_t strides[] = {width + padding, (width + 1) / 2 + padding, (width + 1) / 2 + padding};
-  const std::int32_t rows[] = {height, (height + 1) / 2, (height + 1) / 2};
-  const auto memory = std::make_shared<std::vector<std::uint8_t>>(
-      static_cast<std::size_t>(strides[0] * rows[0] + 2 * strides[1] * rows[1]));
+std::shared_ptr<LumoRTCI420Buffer> noise(std::int32_t width, std::int32_t height, std::int32_t padding) {
+  const std::int32_t strides[] = {width + padding, (width + 1) / 2 + padding};
+  const std::int32_t sizes[] = {strides[0] * height, strides[1] * ((height + 1) / 2)};
+  const auto memory =
+      std::make_shared<std::vector<std::uint8_t>>(static_cast<std::size_t>(sizes[0] + 2 * sizes[1]));
   std::uint32_t state = 1;
   for (auto& byte : *memory) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-  std::uint8_t* const y = memory->data();
-  std::uint8_t* const u = y + strides[0] * rows[0];
-  const auto holder = std::make_shared<Holder>();
-  Frame result{LumoRTCI420Buffer::wrap(width, height, y, strides[0], u, strides[1], u + strides[1] * rows[1],
-                                       strides[2], memory),
-               {std::make_shared<LumoRTCVideoFrame>(), width, height, rotation, 0}};
-  holder->picture = result.picture;
-  result.frame.rtcVideoFrame->buffer = holder;
-  return result;
+  std::uint8_t* const u = memory->data() + sizes[0];
+  return LumoRTCI420Buffer::wrap(width, height, memory->data(), strides[0], u, strides[1], u + sizes[1],
+                                 strides[1], memory);
 }
 
 /// One sample of a plane that is turned by itself; `x` and `y` are those of the turned plane.
@@ -189,16 +179,18 @@ TEST_F(SurfaceTest, AnySizeStrideAndRotationComesOutRight) {
     for (const int rotation : {0, 90, 180, 270, 45}) {
       for (const int padding : {0, 13}) {
         SCOPED_TRACE(testing::Message() << width << "x" << height << " " << rotation << " " << padding);
-        const Frame source = noise(width, height, rotation, padding);
+        const auto source = noise(width, height, padding);
+        const LMRTCVideoFrame frame{std::make_shared<LumoRTCVideoFrame>(), width, height, rotation, 0};
+        frame.rtcVideoFrame->buffer = std::make_shared<Holder>(source);
         const bool swaps = rotation == 90 || rotation == 270;
         const int upright[] = {swaps ? height : width, swaps ? width : height};
         const auto texture = LMRTCIWFlutterView::create();
         texture->setSize(upright[0], upright[1]);
-        texture->renderFrame(source.frame);
+        texture->renderFrame(frame);
         int worst = 0;
         for (int y = 0; y < upright[1]; ++y) {
           for (int x = 0; x < upright[0]; ++x) {
-            const auto expected = reference(*source.picture, rotation, x, y);
+            const auto expected = reference(*source, rotation, x, y);
             const std::uint8_t* const pixel =
                 texture->pixelBufferRef()->baseAddress() + (y * upright[0] + x) * 4;
             for (std::size_t i = 0; i < 4; ++i) worst = std::max(worst, std::abs(expected[i] - pixel[i]));
@@ -207,16 +199,15 @@ TEST_F(SurfaceTest, AnySizeStrideAndRotationComesOutRight) {
         EXPECT_LE(worst, 3);
 
         const auto queue = LMRTCIWUnityView::create();
-        queue->renderFrame(source.frame);
+        queue->renderFrame(frame);
         const auto queued = queue->getCurrentFrame();
         EXPECT_EQ(rotation, queued->rotation);
         EXPECT_EQ(width, queued->strideY());
         EXPECT_EQ((width + 1) / 2, queued->strideU());
-        EXPECT_EQ(padding == 0, queued->dataY() == source.picture->dataY())
-            << "copied only where it has to be";
-        for (int y = 0; y < height; ++y) {
-          for (int x = 0; x < width; ++x)
-            ASSERT_EQ(colorAt(*source.picture, x, y), colorAt(*queued->yuvBuffer, x, y));
+        EXPECT_EQ(padding == 0, queued->dataY() == source->dataY()) << "copied only where it has to be";
+        for (int i = 0; i < width * height; ++i) {
+          ASSERT_EQ(colorAt(*source, i % width, i / width),
+                    colorAt(*queued->yuvBuffer, i % width, i / width));
         }
       }
     }

@@ -90,10 +90,6 @@ TEST_F(RoomRulesTest, Subscribing) {
   EXPECT_EQ(LocalCodeNoStreams, subscribe({}));
   EXPECT_EQ(LocalCodeUnknownStream, subscribe({nullptr}));
   expectRefused(LocalCodeNotSubscribed, "The stream is not subscribed", unsubscribe({picture}));
-  EXPECT_EQ(0, subscribe({audio}, {picture}));
-  EXPECT_EQ(0, subscribe({picture})) << "changes the size";
-  EXPECT_EQ(0, unsubscribe({audio, picture}));
-
   EXPECT_EQ(0, subscribe({audio}));
   EXPECT_EQ(0, anna->unpublishVideo());
   expectRefused(LocalCodeStreamGone, "The stream is no longer published", subscribe({picture}));

@@ -110,8 +110,6 @@ TEST_F(VideoFlowTest, SizePresetsAndFrameRates) {
     camera()->setVideoConfig(config(-1, static_cast<std::int64_t>(fps)));
     EXPECT_EQ(kRates[fps], framesInASecond(sent));
   }
-  camera()->setVideoConfig(config(-1, -1));
-  EXPECT_EQ(30u, framesInASecond(sent));
   EXPECT_EQ("144x176", sent.size());
 }
 
