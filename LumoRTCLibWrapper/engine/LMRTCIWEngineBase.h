@@ -92,6 +92,14 @@ class LMRTCIWEngineBase : public LMRTCIWEngineState {
     explicit operator bool() const { return info != nullptr; }
   };
   LiveMix liveMix(const CallFrame& frame) const;
+  /// What publishing and unpublishing a custom stream need, or the code of the check that failed.
+  struct CustomPublication {
+    std::int64_t code;
+    std::shared_ptr<LMRTCLocalUser> localUser;
+    std::shared_ptr<LMRTCIWCustomStream> custom;
+    std::int64_t role;
+  };
+  CustomPublication customPublication(const CallFrame& frame, const std::string& tag) const;
   /// The inner CDN stream, or the code of the check that failed. A missing room is logged under
   /// `notJoinedMethod`.
   struct CdnStream {

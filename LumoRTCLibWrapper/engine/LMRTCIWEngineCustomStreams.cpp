@@ -33,10 +33,6 @@ std::shared_ptr<LMRTCFileVideoOutputStream> asFile(const LMRTCIWCustomStream& cu
   return isFile(custom) ? std::dynamic_pointer_cast<LMRTCFileVideoOutputStream>(custom.stream) : nullptr;
 }
 
-bool mayPublish(std::int64_t role) {
-  return role == LMRTCIWRoleMeetingMember || role == LMRTCIWRoleLiveBroadcaster;
-}
-
 }  // namespace
 
 // Of the local user
@@ -107,28 +103,37 @@ std::int64_t LMRTCIWEngine::removeLocalCustomStreamView(const std::string& tag) 
   return LMRTCWrapperCodeSuccess;
 }
 
-std::int64_t LMRTCIWEngine::publishCustomStream(const std::string& tag) {
-  const CallFrame frame(__func__, "tag:%@", {tag});
+LMRTCIWEngineBase::CustomPublication LMRTCIWEngineBase::customPublication(const CallFrame& frame,
+                                                                          const std::string& tag) const {
   const auto joined = joinedRoom();
   const auto setup = iwRoomSetup();
-  if (!joined || !setup) return frame.fail(LMRTCWrapperCodeLocalUserNotJoined, kNotJoined);
+  if (!joined || !setup) return {frame.fail(LMRTCWrapperCodeLocalUserNotJoined, kNotJoined), {}, {}, {}};
   const auto custom = customStreams_.find(tag).value_or(nullptr);
-  if (!custom) return frame.fail(LMRTCWrapperCodeStreamNotExist, "stream is nil");
+  if (!custom) return {frame.fail(LMRTCWrapperCodeStreamNotExist, "stream is nil"), {}, {}, {}};
   const std::int64_t role = setup->role;
-  if (!mayPublish(role)) return LMRTCWrapperCodeParameterError;
+  const bool mayPublish = role == LMRTCIWRoleMeetingMember || role == LMRTCIWRoleLiveBroadcaster;
+  return {mayPublish ? LMRTCWrapperCodeSuccess : LMRTCWrapperCodeParameterError, joined.localUser, custom,
+          role};
+}
+
+std::int64_t LMRTCIWEngine::publishCustomStream(const std::string& tag) {
+  const CallFrame frame(__func__, "tag:%@", {tag});
+  const auto [check, localUser, custom, role] = customPublication(frame, tag);
+  if (check != LMRTCWrapperCodeSuccess) return check;
 
   const bool file = isFile(*custom);
   if (const auto stream = asFile(*custom))
     stream->setDelegate(asDelegate<LMRTCFileVideoOutputStreamDelegate>());
-  const auto finish = [self = shared_from_this(), frame, tag, role, file](bool success, std::int64_t code) {
+  const auto finish = [self = shared_from_this(), frame, tag, role = role, file](bool success,
+                                                                                 std::int64_t code) {
     frame.result(code, "callback:%@, code:%@, tag:%@,role:%@", {"onCustomStreamPublished", code, tag, role});
     if (success && file) return;  // reported when reading starts
     self->notify(&Delegate::onCustomStreamPublished, tag, code, LMRTCCodeDefine::codeDesc(code));
   };
   if (role == LMRTCIWRoleMeetingMember) {
-    joined.localUser->publishStream(custom->stream, finish);
+    localUser->publishStream(custom->stream, finish);
   } else {
-    joined.localUser->publishLiveStream(
+    localUser->publishLiveStream(
         custom->stream, [weak = weak_from_this(), finish](bool success, std::int64_t code,
                                                           const std::shared_ptr<LMRTCLiveInfo>& liveInfo) {
           const auto self = weak.lock();
@@ -141,17 +146,12 @@ std::int64_t LMRTCIWEngine::publishCustomStream(const std::string& tag) {
 
 std::int64_t LMRTCIWEngine::unpublishCustomStream(const std::string& tag) {
   const CallFrame frame(__func__, "tag:%@", {tag});
-  const auto joined = joinedRoom();
-  const auto setup = iwRoomSetup();
-  if (!joined || !setup) return frame.fail(LMRTCWrapperCodeLocalUserNotJoined, kNotJoined);
-  const auto custom = customStreams_.find(tag).value_or(nullptr);
-  if (!custom) return frame.fail(LMRTCWrapperCodeStreamNotExist, "stream is nil");
-  const std::int64_t role = setup->role;
-  if (!mayPublish(role)) return LMRTCWrapperCodeParameterError;
+  const auto [check, localUser, custom, role] = customPublication(frame, tag);
+  if (check != LMRTCWrapperCodeSuccess) return check;
 
   if (const auto stream = asFile(*custom)) stream->stop();
-  unpublishCustom(*joined.localUser, custom->stream, role,
-                  [self = shared_from_this(), frame, tag, role](bool, std::int64_t code) {
+  unpublishCustom(*localUser, custom->stream, role,
+                  [self = shared_from_this(), frame, tag, role = role](bool, std::int64_t code) {
                     lumo::Console::write("LMRTCIWEngine unpublishCustomStream completion: %zd", {code});
                     const auto callback = self->listener(&Delegate::onCustomStreamUnpublished);
                     if (!callback) return;

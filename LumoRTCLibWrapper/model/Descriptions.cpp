@@ -17,6 +17,33 @@
 using lumo::JsonObject;
 using lumo::MapText;
 
+namespace {
+
+/// The fields that the statistics of local and remote pictures share.
+template <class Stats>
+MapText& addVideo(MapText& map, const Stats& stats) {
+  return map.add("codec", stats.codec)
+      .add("bitrate", stats.bitrate)
+      .add("fps", stats.fps)
+      .add("width", stats.width)
+      .add("height", stats.height)
+      .add("packageLostRate", stats.packageLostRate)
+      .add("rtt", stats.rtt);
+}
+
+template <class Stats>
+std::string audioText(const Stats& stats) {
+  return MapText()
+      .add("codec", stats.codec)
+      .add("bitrate", stats.bitrate)
+      .add("volume", stats.volume)
+      .add("packageLostRate", stats.packageLostRate)
+      .add("rtt", stats.rtt)
+      .text();
+}
+
+}  // namespace
+
 std::string LMRTCIWAudioSetup::description() const {
   return JsonObject().add("type", type).add("mixOtherAppsAudio", mixOtherAppsAudio).text();
 }
@@ -69,49 +96,19 @@ std::string LMRTCIWCustomLayout::description() const {
 }
 
 std::string LMRTCIWLocalVideoStats::description() const {
-  return MapText()
-      .add("tiny", tiny)
-      .add("codec", codec)
-      .add("bitrate", bitrate)
-      .add("fps", fps)
-      .add("width", width)
-      .add("height", height)
-      .add("packageLostRate", packageLostRate)
-      .add("rtt", rtt)
-      .text();
+  MapText map;
+  map.add("tiny", tiny);
+  return addVideo(map, *this).text();
 }
 
-std::string LMRTCIWLocalAudioStats::description() const {
-  return MapText()
-      .add("codec", codec)
-      .add("bitrate", bitrate)
-      .add("volume", volume)
-      .add("packageLostRate", packageLostRate)
-      .add("rtt", rtt)
-      .text();
-}
+std::string LMRTCIWLocalAudioStats::description() const { return audioText(*this); }
 
 std::string LMRTCIWRemoteVideoStats::description() const {
-  return MapText()
-      .add("codec", codec)
-      .add("bitrate", bitrate)
-      .add("fps", fps)
-      .add("width", width)
-      .add("height", height)
-      .add("packageLostRate", packageLostRate)
-      .add("rtt", rtt)
-      .text();
+  MapText map;
+  return addVideo(map, *this).text();
 }
 
-std::string LMRTCIWRemoteAudioStats::description() const {
-  return MapText()
-      .add("codec", codec)
-      .add("bitrate", bitrate)
-      .add("volume", volume)
-      .add("packageLostRate", packageLostRate)
-      .add("rtt", rtt)
-      .text();
-}
+std::string LMRTCIWRemoteAudioStats::description() const { return audioText(*this); }
 
 std::string LMRTCIWNetworkStats::description() const {
   return MapText()

@@ -33,39 +33,6 @@ std::shared_ptr<LMRTCIWFlutterView> LMRTCIWFlutterView::create() {
 
 std::int64_t LMRTCIWFlutterView::getViewType() const { return LMRTCIWViewTypeFlutter; }
 
-void LMRTCIWFlutterView::setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) {
-  outputStream_.bind(stream, shared_from_this());
-}
-
-void LMRTCIWFlutterView::removeLocalView() {
-  outputStream_.detach();
-  destroy();
-}
-
-void LMRTCIWFlutterView::setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) {
-  intputStream_.bind(stream, shared_from_this());
-}
-
-void LMRTCIWFlutterView::removeRemoteView() {
-  intputStream_.detach();
-  destroy();
-}
-
-void LMRTCIWFlutterView::setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) {
-  cdnStream_.bind(stream, shared_from_this());
-}
-
-void LMRTCIWFlutterView::removeInnerCdnView() {
-  cdnStream_.detach();
-  destroy();
-}
-
-void LMRTCIWFlutterView::destroy() {
-  outputStream_.forget();
-  intputStream_.forget();
-  cdnStream_.forget();
-}
-
 void LMRTCIWFlutterView::resize() {
   const std::lock_guard lock(mutex_);
   bufferSize_ = {};

@@ -6,13 +6,11 @@
 #include <memory>
 #include <mutex>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCI420Buffer.h"
 #include "LumoRTCLibWrapper/platform/system/CVPixelBuffer.h"
 #include "LumoRTCLibWrapper/platform/system/MainQueue.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
-#include "LumoRTCLibWrapper/views/BoundStream.h"
-#include "LumoRTCLibWrapper/views/LMRTCIWViewDelegate.h"
+#include "LumoRTCLibWrapper/views/FrameSurface.h"
 #include "LumoRTCLibWrapper/views/UprightConverter.h"
 
 /// Hears of a Flutter texture's frames, always on the main queue. Every field is optional.
@@ -28,9 +26,8 @@ struct LMRTCIWFlutterViewDelegate {
 
 /// The Flutter surface: an external texture. The SDK renders into it; each frame is turned upright, converted
 /// to BGRA into one shared pixel buffer and announced on the main queue. The host may read the buffer while
-/// the next frame is being written into it.
-class LMRTCIWFlutterView : public LMRTCIWViewDelegate,
-                           public LMRTCVideoRenderer,
+/// the next frame is being written into it. It holds its streams weakly.
+class LMRTCIWFlutterView : public lumo::FrameSurface<std::weak_ptr>,
                            public std::enable_shared_from_this<LMRTCIWFlutterView> {
   struct PrivateKey {};
 
@@ -40,17 +37,6 @@ class LMRTCIWFlutterView : public LMRTCIWViewDelegate,
 
   /// LMRTCIWViewTypeFlutter
   std::int64_t getViewType() const override;
-
-  /// Each makes this view the stream's video view; the stream is held weakly. Any thread.
-  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) override;
-  void removeLocalView() override;
-  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) override;
-  void removeRemoteView() override;
-  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) override;
-  void removeInnerCdnView() override;
-
-  /// Forgets the streams; the pixel buffer and the sizes stay.
-  void destroy();
 
   /// Starts the size handshake again: the next frame announces its size and counts as a first frame. The
   /// pixel buffer stays until the next `setSize`.
@@ -69,10 +55,6 @@ class LMRTCIWFlutterView : public LMRTCIWViewDelegate,
   CVPixelBufferRef pixelBufferRef() const;
 
   bool isFirstFrameRendered() const { return isFirstFrameRendered_; }
-  std::shared_ptr<LMRTCVideoOutputStream> outputStream() const { return outputStream_.get(); }
-  std::shared_ptr<LMRTCVideoInputStream> intputStream() const { return intputStream_.get(); }
-  std::shared_ptr<LMRTCCDNInputStream> cdnStream() const { return cdnStream_.get(); }
-
   /// Replaces the pixel buffer unless it has this size already. Render thread.
   void setSize(double width, double height) override;
 
@@ -85,6 +67,7 @@ class LMRTCIWFlutterView : public LMRTCIWViewDelegate,
                                                             std::int32_t rotation);
 
  private:
+  std::shared_ptr<LMRTCVideoRenderer> renderer() override { return shared_from_this(); }
   struct Size {
     double width = 0;
     double height = 0;
@@ -97,9 +80,6 @@ class LMRTCIWFlutterView : public LMRTCIWViewDelegate,
   void announceOnMainQueue();
 
   lumo::Cell<std::weak_ptr<LMRTCIWFlutterViewDelegate>> textureViewDelegate_;
-  lumo::BoundStream<LMRTCVideoOutputStream, std::weak_ptr> outputStream_;
-  lumo::BoundStream<LMRTCVideoInputStream, std::weak_ptr> intputStream_;
-  lumo::BoundStream<LMRTCCDNInputStream, std::weak_ptr> cdnStream_;
 
   mutable std::mutex mutex_;  ///< guards the three below; not held while a frame is converted
   CVPixelBufferRef pixelBufferRef_;

@@ -36,39 +36,6 @@ std::shared_ptr<LMRTCIWUnityView> LMRTCIWUnityView::create() {
 
 std::int64_t LMRTCIWUnityView::getViewType() const { return LMRTCIWViewTypeUnity; }
 
-void LMRTCIWUnityView::setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) {
-  outputStream_.bind(stream, shared_from_this());
-}
-
-void LMRTCIWUnityView::removeLocalView() {
-  outputStream_.detach();
-  destroy();
-}
-
-void LMRTCIWUnityView::setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) {
-  intputStream_.bind(stream, shared_from_this());
-}
-
-void LMRTCIWUnityView::removeRemoteView() {
-  intputStream_.detach();
-  destroy();
-}
-
-void LMRTCIWUnityView::setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) {
-  cdnStream_.bind(stream, shared_from_this());
-}
-
-void LMRTCIWUnityView::removeInnerCdnView() {
-  cdnStream_.detach();
-  destroy();
-}
-
-void LMRTCIWUnityView::destroy() {
-  outputStream_.forget();
-  intputStream_.forget();
-  cdnStream_.forget();
-}
-
 std::shared_ptr<LMRTCIWUnityVideoFrame> LMRTCIWUnityView::getCurrentFrame() {
   if (length_ == 0) return nullptr;
   const std::lock_guard lock(lock_);

@@ -6,19 +6,16 @@
 #include <memory>
 #include <mutex>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLibWrapper/util/LMIWRing.h"
-#include "LumoRTCLibWrapper/views/BoundStream.h"
+#include "LumoRTCLibWrapper/views/FrameSurface.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWUnityVideoFrame.h"
-#include "LumoRTCLibWrapper/views/LMRTCIWViewDelegate.h"
 #include "LumoRTCLibWrapper/views/MetalContext.h"
 
 /// The Unity surface: a queue of frames that the host's render loop polls. The SDK appends on its render
 /// thread; the host takes, oldest first, on its own. Without a limit the queue has no bound: drain it in
-/// every tick.
-class LMRTCIWUnityView : public LMRTCIWViewDelegate,
-                         public LMRTCVideoRenderer,
+/// every tick. It keeps its streams.
+class LMRTCIWUnityView : public lumo::FrameSurface<std::shared_ptr>,
                          public std::enable_shared_from_this<LMRTCIWUnityView> {
   struct PrivateKey {};
 
@@ -28,17 +25,6 @@ class LMRTCIWUnityView : public LMRTCIWViewDelegate,
 
   /// LMRTCIWViewTypeUnity
   std::int64_t getViewType() const override;
-
-  /// Each makes this view the stream's video view and keeps the stream. Any thread.
-  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& stream) override;
-  void removeLocalView() override;
-  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& stream) override;
-  void removeRemoteView() override;
-  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& stream) override;
-  void removeInnerCdnView() override;
-
-  /// Forgets the streams; waiting frames stay.
-  void destroy();
 
   /// Number of waiting frames; may be stale by a frame.
   std::size_t getBufferLength() const { return length_; }
@@ -51,10 +37,6 @@ class LMRTCIWUnityView : public LMRTCIWViewDelegate,
   std::size_t frameLimit() const { return frameLimit_; }
   /// How many frames the limit has dropped since the view was made.
   std::uint64_t droppedFrames() const { return droppedFrames_; }
-
-  std::shared_ptr<LMRTCVideoOutputStream> outputStream() const { return outputStream_.get(); }
-  std::shared_ptr<LMRTCVideoInputStream> intputStream() const { return intputStream_.get(); }
-  std::shared_ptr<LMRTCCDNInputStream> cdnStream() const { return cdnStream_.get(); }
 
   /// Kept for the host; nothing here reads it.
   std::shared_ptr<MetalContext> metalContext() const { return metalContext_.get(); }
@@ -73,14 +55,12 @@ class LMRTCIWUnityView : public LMRTCIWViewDelegate,
                                                                  std::int32_t rotation);
 
  private:
+  std::shared_ptr<LMRTCVideoRenderer> renderer() override { return shared_from_this(); }
   void append(std::shared_ptr<LMRTCIWUnityVideoFrame> frame);
   std::shared_ptr<LMRTCIWUnityVideoFrame> takeOldestBeyond(std::size_t limit);
 
   static constexpr std::size_t kInitialCapacity = 10;
 
-  lumo::BoundStream<LMRTCVideoOutputStream, std::shared_ptr> outputStream_;
-  lumo::BoundStream<LMRTCVideoInputStream, std::shared_ptr> intputStream_;
-  lumo::BoundStream<LMRTCCDNInputStream, std::shared_ptr> cdnStream_;
   lumo::Cell<std::shared_ptr<MetalContext>> metalContext_;
 
   std::mutex lock_;  ///< guards frameBuffer_
