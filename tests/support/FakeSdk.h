@@ -104,7 +104,32 @@ inline std::string word(const LMRTCVideoStreamConfig& c) {
                       {c.minBitrate(), c.maxBitrate(), c.videoFps(), c.videoSizePreset()});
 }
 /// What the config sets, and nothing else.
-std::string word(const LMRTCMixConfig& config);
+inline std::string word(const LMRTCMixConfig& config) {
+  std::string out;
+  const auto add = [&out](std::string_view format, FormatValues values) {
+    out += lumo::format(format, values);
+  };
+  const auto& video = config.mediaConfig.videoConfig;
+  if (config.layoutMode) add(" layout:%@", {*config.layoutMode});
+  if (config.customMode) add(" custom:%@", {*config.customMode});
+  if (config.customLayouts) add(" layouts:%@", {config.customLayouts->size()});
+  for (const auto& l : config.customLayouts.value_or(std::vector<LMRTCCustomLayout>())) {
+    add(" %@[%@,%@ %@x%@]", {l.videoStream->streamId(), l.x, l.y, l.width, l.height});
+  }
+  if (config.customMixAudios) add(" audios:%@", {config.customMixAudios->size()});
+  for (const auto& audio : config.customMixAudios.value_or(std::vector<LMRTCCustomMixAudio>())) {
+    add(" %@", {audio.audioStream->streamId()});
+  }
+  if (video.backgroundColor()) add(" color:%@", {*video.backgroundColor()});
+  if (video.videoExtend.renderMode) add(" render:%@", {*video.videoExtend.renderMode});
+  if (config.mediaConfig.audioConfig.bitrate) add(" audio:%@", {config.mediaConfig.audioConfig.bitrate});
+  for (const auto* l : {&video.videoLayout, &video.tinyVideoLayout}) {
+    if (!l->fps && !l->width && !l->height && !l->bitrate) continue;
+    const char* name = l == &video.videoLayout ? "normal" : "tiny";
+    add(" %@:%@,%@,%@,%@", {name, l->fps, l->width, l->height, l->bitrate});
+  }
+  return out;
+}
 
 /// An object of the SDK that writes down its calls, with `name` in front when it has one.
 template <class Base>
@@ -137,6 +162,13 @@ class Fake : public Base, Counted {
     });
   }
 
+  /// Writes down that a hook or a listener is installed, and keeps it.
+  template <class Value>
+  void keep(Cell<Value>& cell, Value value, Text what) const {
+    say(what, value);
+    cell.set(std::move(value));
+  }
+
   const Shared context;
 
  private:
@@ -148,10 +180,7 @@ template <class Base, class Listener>
 class Heard : public Base {
  public:
   using Base::Base;
-  void setDelegate(std::weak_ptr<Listener> listener) override {
-    this->say("setDelegate", listener);
-    listener_.set(std::move(listener));
-  }
+  void setDelegate(std::weak_ptr<Listener> value) override { this->keep(listener_, value, __func__); }
   /// The installed listener; an event is fired by calling it.
   std::shared_ptr<Listener> events() const { return listener_.get().lock(); }
 
@@ -193,10 +222,7 @@ class Input : public Stream<Base> {
  public:
   using Stream<Base>::Stream;
   Int resourceState() const override { return this->state_; }
-  void setAudioDataCallback(LMRTCAudioDataCallback callback) override {
-    this->say(__func__, callback);
-    audioData.set(std::move(callback));
-  }
+  void setAudioDataCallback(LMRTCAudioDataCallback value) override { this->keep(audioData, value, __func__); }
 
   /// The installed hook; sound is delivered by calling it.
   Cell<LMRTCAudioDataCallback> audioData;
@@ -228,13 +254,9 @@ class Microphone : public Stream<LMRTCAudioOutputStream> {
   void setRecordingVolume(std::uint64_t volume) override { say(__func__, volume); }
   void setAudioCodecType(Int type) override { say(__func__, type); }
   void setMicrophoneDisable(bool disabled) override { say(__func__, disabled); }
-  void setRecordAudioDataCallback(LMRTCAudioDataCallback callback) override {
-    say(__func__, callback);
-    recorded.set(std::move(callback));
-  }
-  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback callback) override {
-    say(__func__, callback);
-    willSend.set(std::move(callback));
+  void setRecordAudioDataCallback(LMRTCAudioDataCallback value) override { keep(recorded, value, __func__); }
+  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback value) override {
+    keep(willSend, value, __func__);
   }
 
   Cell<LMRTCAudioDataCallback> recorded, willSend;
@@ -247,10 +269,7 @@ class VideoOutput : public Stream<Base> {
   using Stream<Base>::Stream;
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override { this->say(__func__, view); }
   void setVideoConfig(const LMRTCVideoStreamConfig& config) override { this->say(__func__, config); }
-  void setVideoSendBufferCallback(Hook callback) override {
-    this->say(__func__, callback);
-    willSend.set(std::move(callback));
-  }
+  void setVideoSendBufferCallback(Hook value) override { this->keep(willSend, value, __func__); }
 
   Cell<Hook> willSend;
 };
@@ -297,33 +316,6 @@ class LiveInfo : public Fake<LMRTCLiveInfo> {
   void removePublishStreamUrl(Text url, Completion done) override { ask(done, __func__, url); }
   void enableInnerCDN(bool enabled, SwitchCompletion done) override { ask(done, __func__, enabled); }
 };
-
-inline std::string word(const LMRTCMixConfig& config) {
-  std::string out;
-  const auto add = [&out](std::string_view format, FormatValues values) {
-    out += lumo::format(format, values);
-  };
-  const auto& video = config.mediaConfig.videoConfig;
-  if (config.layoutMode) add(" layout:%@", {*config.layoutMode});
-  if (config.customMode) add(" custom:%@", {*config.customMode});
-  if (config.customLayouts) add(" layouts:%@", {config.customLayouts->size()});
-  for (const auto& l : config.customLayouts.value_or(std::vector<LMRTCCustomLayout>())) {
-    add(" %@[%@,%@ %@x%@]", {l.videoStream->streamId(), l.x, l.y, l.width, l.height});
-  }
-  if (config.customMixAudios) add(" audios:%@", {config.customMixAudios->size()});
-  for (const auto& audio : config.customMixAudios.value_or(std::vector<LMRTCCustomMixAudio>())) {
-    add(" %@", {audio.audioStream->streamId()});
-  }
-  if (video.backgroundColor()) add(" color:%@", {*video.backgroundColor()});
-  if (video.videoExtend.renderMode) add(" render:%@", {*video.videoExtend.renderMode});
-  if (config.mediaConfig.audioConfig.bitrate) add(" audio:%@", {config.mediaConfig.audioConfig.bitrate});
-  for (const auto* l : {&video.videoLayout, &video.tinyVideoLayout}) {
-    if (!l->fps && !l->width && !l->height && !l->bitrate) continue;
-    const char* name = l == &video.videoLayout ? "normal" : "tiny";
-    add(" %@:%@,%@,%@,%@", {name, l->fps, l->width, l->height, l->bitrate});
-  }
-  return out;
-}
 
 class RemoteUser : public LMRTCRemoteUser, Counted {
  public:
@@ -436,9 +428,8 @@ class Room : public Heard<AnyRoom<LMRTCRoom>, LMRTCRoomEventDelegate> {
   std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return live; }
   std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return cdn; }
   void muteAllRemoteAudio(bool mute) override { say(__func__, mute); }
-  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback callback) override {
-    say(__func__, callback);
-    received.set(std::move(callback));
+  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback value) override {
+    keep(received, value, __func__);
   }
 };
 
@@ -515,9 +506,8 @@ class Engine : public Heard<Fake<LMRTCEngine>, LMRTCEngineEventDelegate> {
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera; }
   void enableSpeaker(bool enabled) override { say(__func__, enabled); }
-  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) override {
-    say(__func__, delegate);
-    statusDelegate.set(std::move(delegate));
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> value) override {
+    keep(statusDelegate, value, __func__);
   }
   void joinOtherRoom(Text roomId, JoinOtherCompletion done) override {
     ask([done, room = nextOtherRoom.get()](Int code) { done(code, room); }, __func__, roomId);
@@ -533,9 +523,8 @@ class Engine : public Heard<Fake<LMRTCEngine>, LMRTCEngineEventDelegate> {
   std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
   void startEchoTest(double seconds) override { say(__func__, seconds); }
   void stopEchoTest() override { say(__func__); }
-  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> delegate) override {
-    say(__func__, delegate);
-    probeDelegate.set(std::move(delegate));
+  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> value) override {
+    keep(probeDelegate, value, __func__);
   }
   void startRTCProbeTest(Completion done) override { ask(done, __func__); }
   void stopRTCProbeTest(Completion done) override { ask(done, __func__); }

@@ -135,15 +135,6 @@ TEST_F(NativeViewTest, BindingEmbedsAVideoViewAndRemovingLetsGoOfEverything) {
   EXPECT_EQ(1U, native->subviews().size());
 }
 
-TEST_F(NativeViewTest, AnAbsentStreamStillEmbedsAVideoView) {
-  const auto native = LMRTCIWView::create();
-  native->setRemoteView(nullptr);
-  EXPECT_TRUE(native->rtcVideoView());
-  native->removeRemoteView();
-  EXPECT_FALSE(native->rtcVideoView());
-  EXPECT_TRACE("sdk createVideoView 0,0 0x0", "sdk view.setFillMode 2");
-}
-
 TEST_F(NativeViewTest, FillModeIsAppliedAtEveryBindAndMirrorOnlyWhenSet) {
   const std::vector<std::pair<std::int64_t, std::int64_t>> modes = {{0, 2}, {1, 1}, {2, 0},
                                                                     {3, 0}, {7, 0}, {-1, 0}};
