@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <iostream>
 #include <map>
@@ -15,6 +16,9 @@ constexpr ExitCode kWrongOptions{2};
 constexpr std::size_t kMostParticipants = 16;
 constexpr double kMostSeconds = 24 * 60 * 60;
 constexpr std::int64_t kLongestEcho = 60;
+constexpr double kPercent = 100;
+constexpr std::int64_t kLongestDelayMs = 60'000;
+constexpr std::int64_t kMostKilobits = 10'000'000;
 constexpr std::array<const char*, kMostParticipants> kNames = {
     "Anna", "Ben",   "Carla", "David", "Emma", "Finn", "Greta", "Hugo",
     "Ida",  "Jonas", "Klara", "Leo",   "Mia",  "Noah", "Olga",  "Paul"};
@@ -27,6 +31,19 @@ std::string checkSeconds(const std::string& text) {
   const bool isInRange = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= kMostSeconds;
   return isInRange ? "" : text + " is not a number of seconds above 0, up to a day";
 }
+
+/// The network in the units of the command line.
+struct NetworkOptions {
+  double lossPercent = 0;
+  std::int64_t delayMs = 0;
+  std::int64_t jitterMs = 0;
+  std::int64_t kilobits = 0;
+
+  lumo::NetworkModel model() const {
+    return {std::chrono::milliseconds(delayMs), std::chrono::milliseconds(jitterMs), lossPercent / kPercent,
+            kilobits * 1000};
+  }
+};
 
 /// @return what is wrong with the names; empty when all is well
 std::string checkNames(const std::vector<std::string>& names) {
@@ -55,6 +72,7 @@ ExitCode refuse(const CLI::App& app, const std::string& problem) {
 
 std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* argv) {
   CallOptions options;
+  NetworkOptions network;
   std::optional<std::size_t> participants;
   CLI::App app("Calls a few scripted participants, in this process, and shows what happens.", "lumo-call");
   app.add_option("--participants", participants,
@@ -83,6 +101,19 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->transform(CLI::CheckedTransformer(kSurfaces).description(""))
       ->type_name("native|flutter|unity");
   app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
+  app.add_option("--loss", network.lossPercent, "Packets that the own connection loses, up and down")
+      ->type_name("PERCENT")
+      ->check(CLI::Range(0.0, kPercent));
+  app.add_option("--delay", network.delayMs, "How long packets take on it, each way")
+      ->type_name("MS")
+      ->check(CLI::Range(std::int64_t{0}, kLongestDelayMs));
+  app.add_option("--jitter", network.jitterMs, "How much longer some of them take")
+      ->type_name("MS")
+      ->check(CLI::Range(std::int64_t{0}, kLongestDelayMs));
+  app.add_option("--bandwidth", network.kilobits,
+                 "What it carries each way; an uncompressed camera takes 55296 (default: 0, no limit)")
+      ->type_name("KBIT/S")
+      ->check(CLI::Range(std::int64_t{0}, kMostKilobits));
   app.add_option("--watermark", options.watermark, "Picture to draw into that of the camera (PNG)")
       ->type_name("FILE");
   app.add_option("--echo", options.echo, "Before the call, record the microphone that long and play it back")
@@ -101,5 +132,6 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
   const std::size_t count = participants.value_or(options.names.empty() ? 2 : options.names.size());
   if (options.names.size() > count) return refuse(app, "--names: there are more names than participants");
   completeNames(options.names, count);
+  options.network = network.model();
   return options;
 }

@@ -5,6 +5,7 @@
 #include <variant>
 #include <vector>
 
+#include "LumoRTCLocal/media/NetworkModel.h"
 #include "examples/lumo-call/Surface.h"
 
 /// The user id of the one who runs the demo.
@@ -26,8 +27,9 @@ struct CallOptions {
   double seconds = 5;        ///< above 0
   SurfaceKind surface = SurfaceKind::native;
   bool log = false;
-  std::string watermark;  ///< a PNG file that is drawn into the camera's picture; empty: none
-  std::int64_t echo = 0;  ///< seconds that the echo test records before the call; 0: no test
+  lumo::NetworkModel network;  ///< of the local user, in both directions
+  std::string watermark;       ///< a PNG file that is drawn into the camera's picture; empty: none
+  std::int64_t echo = 0;       ///< seconds that the echo test records before the call; 0: no test
 };
 
 /// How the program ends when there is nothing to run.

@@ -76,6 +76,7 @@ int runCall(const CallOptions& options) {
     std::cerr << "lumo-call: " << error << '\n';
     return kWrongOptions;
   }
+  local->setNetwork(options.network, options.network);
   Call call(options, local);
   const bool isAsPlanned = call.run();
   printSummary(call);
