@@ -28,35 +28,25 @@ TEST_F(DiagnosticsTest, EachOperationAsksForTheEngineFirst) {
   const auto observer = std::make_shared<LMRTCIWNetworkProbeDelegate>();
   struct Call {
     std::function<std::int64_t(Engine&)> call;
-    Lines entry;
-    std::string method, sent;
+    std::string method, sent, entry = "";
   };
   const std::vector<Call> calls = {
-      {[](Engine& e) { return e.startEchoTest(3); },
-       {"T startEchoTest timeInterval:3"},
-       "startEchoTest",
-       "sdk startEchoTest 3"},
-      {[](Engine& e) { return e.stopEchoTest(); }, {"T stopEchoTest"}, "stopEchoTest", "sdk stopEchoTest"},
-      {[&](Engine& e) { return e.startNetworkProbe(observer); },
-       {"T startRTCProbeTest delegate:1"},
-       "startNetworkProbe",
-       "sdk setProbeTestDelegate engine\nsdk startRTCProbeTest"},
-      {[](Engine& e) { return e.stopNetworkProbe(); },
-       {},
-       "stopNetworkProbe",
-       "sdk setProbeTestDelegate nil\nsdk stopRTCProbeTest"},
-      {[](Engine& e) { return e.preconnectToMediaServer(); },
-       {},
-       "preconnectToMediaServer",
-       "sdk preconnectMediaServer"},
-      {[](Engine& e) { return e.enableSei(true); }, {}, "enableSei", "sdk setEnableSEI 1"},
-      {[](Engine& e) { return e.sendSei("hi"); }, {}, "sendSei", "sdk sendSEI hi"},
+      {[](Engine& e) { return e.startEchoTest(3); }, "startEchoTest", "startEchoTest 3",
+       "T startEchoTest timeInterval:3\n"},
+      {[](Engine& e) { return e.stopEchoTest(); }, "stopEchoTest", "stopEchoTest", "T stopEchoTest\n"},
+      {[&](Engine& e) { return e.startNetworkProbe(observer); }, "startNetworkProbe",
+       "setProbeTestDelegate engine\nsdk startRTCProbeTest", "T startRTCProbeTest delegate:1\n"},
+      {[](Engine& e) { return e.stopNetworkProbe(); }, "stopNetworkProbe",
+       "setProbeTestDelegate nil\nsdk stopRTCProbeTest"},
+      {[](Engine& e) { return e.preconnectToMediaServer(); }, "preconnectToMediaServer",
+       "preconnectMediaServer"},
+      {[](Engine& e) { return e.enableSei(true); }, "enableSei", "setEnableSEI 1"},
+      {[](Engine& e) { return e.sendSei("hi"); }, "sendSei", "sendSEI hi"},
   };
   const auto callAll = [&](std::int64_t code) {
     for (const auto& c : calls) {
-      auto lines = c.entry;
-      lines.push_back(code == 0 ? c.sent : "E " + c.method + " msg:rtcEngine is nil");
-      expect(code, c.call(*engine), lines);
+      const std::string refused = "E " + c.method + " msg:rtcEngine is nil";
+      expect(code, c.call(*engine), {c.entry + (code == 0 ? "sdk " + c.sent : refused)});
     }
   };
   expect(kNotJoined, engine->enableSei(true), {"E enableSei msg:room is nil or localUser is nil"});

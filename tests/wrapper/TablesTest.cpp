@@ -4,6 +4,7 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "LumoRTCLibWrapper/model/LMRTCIWAudioConfig.h"
@@ -131,12 +132,8 @@ TEST(Records, FreshRecordsDescribeTheirDefaults) {
 }
 
 TEST(Json, EscapesWhatTextMayNotHoldAndReplacesBrokenUtf8) {
-  struct Row {
-    std::string in;
-    std::string out;
-  };
   const std::string broken = "\xEF\xBF\xBD";
-  const std::vector<Row> rows = {
+  const std::vector<std::pair<std::string, std::string>> rows = {
       {"a\"b\\c/", "a\\\"b\\\\c/"},
       {"\b\f\n\r\t", "\\b\\f\\n\\r\\t"},
       {std::string("\0\x1F\x7F", 3), "\\u0000\\u001f\x7F"},
@@ -148,8 +145,8 @@ TEST(Json, EscapesWhatTextMayNotHoldAndReplacesBrokenUtf8) {
       {"\xF4\x90\x80\x80x", broken + broken + broken + broken + "x"},  // above U+10FFFF
       {"\xE2\x82x", broken + broken + "x"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ("{\n  \"k\" : \"" + row.out + "\"\n}", lumo::JsonObject().add("k", row.in).text());
+  for (const auto& [in, out] : rows) {
+    EXPECT_EQ("{\n  \"k\" : \"" + out + "\"\n}", lumo::JsonObject().add("k", in).text());
   }
   EXPECT_EQ("{\n}", lumo::JsonObject().text());
 }
@@ -160,11 +157,7 @@ TEST(Format, FillsPlaceholdersInOrderAndCopiesTheRest) {
   };
   const std::vector<std::string> list = {"a", "b"};
   const std::optional<std::string> absent;
-  struct Row {
-    std::string got;
-    std::string expected;
-  };
-  const std::vector<Row> rows = {
+  const std::vector<std::pair<std::string, std::string>> rows = {
       {lumo::format("%@,%zd,%ld,%d|", {1, kLeast, std::numeric_limits<std::uint64_t>::max(), true}),
        "1,-9223372036854775808,18446744073709551615,1|"},
       {lumo::format("%@ %@ %@", {"text", absent, std::nullopt}), "text (null) (null)"},
@@ -176,7 +169,7 @@ TEST(Format, FillsPlaceholdersInOrderAndCopiesTheRest) {
       {lumo::format("%@", {"%@"}), "%@"},
       {lumo::format("", {}), ""},
   };
-  for (const Row& row : rows) EXPECT_EQ(row.expected, row.got);
+  for (const auto& [got, expected] : rows) EXPECT_EQ(expected, got);
 }
 
 }  // namespace
