@@ -9,11 +9,6 @@
 #include "tests/support/MediaFixtures.h"
 
 namespace lumo {
-
-void PrintTo(const PixelRect& r, std::ostream* out) {
-  *out << r.width << "x" << r.height << " at " << r.x << "," << r.y;
-}
-
 namespace {
 
 using test::colorAt;

@@ -7,11 +7,6 @@
 #include "tests/support/MediaFixtures.h"
 
 namespace lumo {
-
-void PrintTo(const TestPictureReading& reading, std::ostream* out) {
-  *out << "source " << reading.sourceNumber << " frame " << reading.frameNumber;
-}
-
 namespace {
 
 using namespace std::chrono_literals;
