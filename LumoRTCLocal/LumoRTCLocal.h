@@ -143,22 +143,32 @@ class LumoRTCLocal {
     /// @param reason  passed on to the removed member
     virtual std::int64_t kick(const std::string& userId, std::int64_t reason) = 0;
     /// Links the room with another one, which need not exist yet, without an invitation.
-    virtual std::int64_t linkRoom(const std::string& otherRoomId) = 0;
+    /// @param autoMix  as for `invite`; a later call changes it
+    virtual std::int64_t linkRoom(const std::string& otherRoomId, bool autoMix = false) = 0;
     /// Ends such a link, or one that was agreed, for everybody.
     virtual std::int64_t unlinkRoom(const std::string& otherRoomId) = 0;
 
     /// Invites a member of another room to link the two rooms, takes the invitation back, or answers one:
     /// the room is that of the other end. When it agrees, the two rooms are linked.
-    /// @param extra  a text for the other end
+    /// @param extra    a text for the other end
+    /// @param autoMix  whether the live mix of the participant's own room takes in what the other room's
+    ///                 broadcasters publish, as long as the link lasts. Each end decides for its own room;
+    ///                 without effect unless both are live rooms.
     virtual std::int64_t invite(const std::string& roomId, const std::string& userId,
-                                const std::string& extra = {}) = 0;
+                                const std::string& extra = {}, bool autoMix = false) = 0;
     virtual std::int64_t cancelInvite(const std::string& roomId, const std::string& userId,
                                       const std::string& extra = {}) = 0;
     virtual std::int64_t answer(const std::string& roomId, const std::string& userId, bool agree,
-                                const std::string& extra = {}) = 0;
+                                const std::string& extra = {}, bool autoMix = false) = 0;
     /// Hands on every invitation that reaches the participant from now on, and when it is taken back, on the
     /// SDK thread; the sink may answer at once. An empty sink ends it.
     virtual void onInvitation(InvitationSink sink) = 0;
+
+    /// Joins a linked room beside the own one, as a guest: onAudio and onVideo then receive the local user
+    /// there, too. It ends with the link, or when the participant leaves.
+    /// @return LocalCodeNotLinked and the like; for endVisit LocalCodeOtherRoomNotJoined
+    virtual std::int64_t visit(const std::string& roomId) = 0;
+    virtual std::int64_t endVisit(const std::string& roomId) = 0;
 
     /// Receives the local user's streams of that kind from now on, those published later included, and hands
     /// each block or frame to the sink, on the media thread that sent it (or the network's). An empty sink

@@ -581,7 +581,8 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// @{
 
   /// Invites a user of another room.
-  /// @param autoLayout  whether the linked user joins the live mix by himself
+  /// @param autoLayout  whether the users of the other room join the live mix of this room by themselves,
+  ///                    once the rooms are linked; the one who answers decides the same for his room
   /// @param extra       a text for the other end
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined
   /// @callback onJoinSubRoomRequested
@@ -593,6 +594,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
                                         const std::string& extra);
   /// Answers an invitation. Codes as above.
   /// @param roomId,userId  of the inviter
+  /// @param autoLayout     as above; without effect unless `agree`
   /// @callback onJoinSubRoomRequestResponded
   std::int64_t responseJoinSubRoomRequest(const std::string& roomId, const std::string& userId, bool agree,
                                           bool autoLayout, const std::string& extra);

@@ -156,11 +156,11 @@ void LocalUser::switchToAudienceOnSucceed(std::function<void()> onSucceed, Faile
       std::move(onFailed), std::move(onKicked));
 }
 
-void LocalUser::requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool /*autoMix*/,
+void LocalUser::requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool autoMix,
                                      const std::string& extra, CodeCompletion completion) {
   run("requestJoinOtherRoom", codeOnly(std::move(completion)),
-      [invitee = LinkEnd{roomId, userId}, extra](LocalUser& self) {
-        return self.context_->server->requestLink(self.member_, invitee, extra);
+      [invitee = LinkEnd{roomId, userId}, autoMix, extra](LocalUser& self) {
+        return self.context_->server->requestLink(self.member_, invitee, autoMix, extra);
       });
 }
 
@@ -173,10 +173,10 @@ void LocalUser::cancelRequestJoinOtherRoom(const std::string& roomId, const std:
 }
 
 void LocalUser::responseJoinOtherRoom(const std::string& roomId, const std::string& userId, bool agree,
-                                      bool /*autoMix*/, const std::string& extra, CodeCompletion completion) {
+                                      bool autoMix, const std::string& extra, CodeCompletion completion) {
   run("responseJoinOtherRoom", codeOnly(std::move(completion)),
-      [inviter = LinkEnd{roomId, userId}, agree, extra](LocalUser& self) {
-        return self.context_->server->answerLinkRequest(self.member_, inviter, agree, extra);
+      [inviter = LinkEnd{roomId, userId}, agree, autoMix, extra](LocalUser& self) {
+        return self.context_->server->answerLinkRequest(self.member_, inviter, agree, autoMix, extra);
       });
 }
 

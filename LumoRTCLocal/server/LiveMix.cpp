@@ -19,8 +19,9 @@ Microseconds gridTime(Microseconds start, std::int64_t picture, std::int32_t fra
 
 }  // namespace
 
-MixInput::MixInput(std::shared_ptr<Publication> publication, std::shared_ptr<AudioMix> sum)
+MixInput::MixInput(std::shared_ptr<Publication> publication, bool isGuest, std::shared_ptr<AudioMix> sum)
     : publication_(std::move(publication)),
+      isGuest_(isGuest),
       stream_{publication_->name().userId, publication_->name().tag},
       sum_(std::move(sum)) {}
 
@@ -69,12 +70,12 @@ void LiveMix::makeStreams(const std::string& roomId) {
   if (hasPicture_) streams_.push_back(video_);
 }
 
-void LiveMix::add(const std::shared_ptr<Publication>& publication) {
+void LiveMix::add(const std::shared_ptr<Publication>& publication, bool isGuest) {
   const std::lock_guard lock(mutex_);
-  const auto input = std::make_shared<MixInput>(publication, sum_);
+  const auto input = std::make_shared<MixInput>(publication, isGuest, sum_);
   input->setHeard(settings_.get()->hears(input->stream()));
   Inputs inputs = *inputs_.get();
-  inputs.push_back(input);
+  inputs.insert(isGuest ? inputs.end() : std::ranges::find_if(inputs, &MixInput::isGuest), input);
   inputs_.set(std::make_shared<const Inputs>(std::move(inputs)));
 }
 

@@ -26,10 +26,12 @@ namespace lumo {
 /// One publication on its way into the mix: its newest picture, or its sound.
 class MixInput : public MediaReceiver {
  public:
-  /// @param sum  what is mixed in the present 10 ms; audio runner only
-  MixInput(std::shared_ptr<Publication> publication, std::shared_ptr<AudioMix> sum);
+  /// @param isGuest  it is published in a linked room
+  /// @param sum      what is mixed in the present 10 ms; audio runner only
+  MixInput(std::shared_ptr<Publication> publication, bool isGuest, std::shared_ptr<AudioMix> sum);
 
   const std::shared_ptr<Publication>& publication() const { return publication_; }
+  bool isGuest() const { return isGuest_; }
   bool isVideo() const;
   const MixStream& stream() const { return stream_; }
   void setHeard(bool heard) { heard_.store(heard, std::memory_order_relaxed); }
@@ -44,6 +46,7 @@ class MixInput : public MediaReceiver {
 
  private:
   const std::shared_ptr<Publication> publication_;
+  const bool isGuest_;
   const MixStream stream_;
   const std::shared_ptr<AudioMix> sum_;
   std::atomic<bool> heard_{true};
@@ -64,8 +67,9 @@ class LiveMix : public AudioTickListener, public std::enable_shared_from_this<Li
 
   // For the server, under its lock.
 
-  /// Takes a stream in, after those that are there; the first video stream is the large one.
-  void add(const std::shared_ptr<Publication>& publication);
+  /// Takes a stream in, after those that are there, but the room's own ones before those of linked rooms;
+  /// the first video stream is the large one.
+  void add(const std::shared_ptr<Publication>& publication, bool isGuest = false);
   void remove(const Publication& publication);
   using Inputs = std::vector<std::shared_ptr<MixInput>>;
   std::shared_ptr<const Inputs> inputs() const { return inputs_.get(); }

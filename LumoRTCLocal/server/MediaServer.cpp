@@ -1,6 +1,7 @@
 #include "LumoRTCLocal/server/MediaServer.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
@@ -79,7 +80,10 @@ std::vector<MemberSnapshot> MediaServer::observe(const Member& member, std::weak
   member->observer = std::move(observer);
   if (!member->room) return {};
   member->room->listen(*member);
-  return member->room->snapshot(member.get());
+  auto present = member->room->snapshot(member.get());
+  for (const auto& visit : member->visits)
+    std::ranges::move(visit->room->snapshot(nullptr), std::back_inserter(present));
+  return present;
 }
 
 std::int64_t MediaServer::publish(const Member& member, const Publications& streams,
@@ -188,8 +192,9 @@ std::int64_t MediaServer::sendSei(const Member& member, const std::string& sei) 
       member->find({member->userId, kLMRTCDefaultStreamTag, LMRTCMediaTypeVideo, LMRTCMediaStreamTypeNormal});
   if (!video) return LocalCodeNotPublished;
   for (const auto& subscriber : *video->subscribers()) {
-    const ServerMember& stay = *subscriber.member->stayIn(member->room);
-    ServerRoom::post(*events_, stay, [sei, userId = member->userId](RoomObserver& observer) {
+    const ServerMember* const stay = subscriber.member->stayIn(member->room);
+    if (!stay) continue;  // the live mix of a linked room
+    ServerRoom::post(*events_, *stay, [sei, userId = member->userId](RoomObserver& observer) {
       observer.seiReceived(sei, userId);
     });
   }

@@ -77,7 +77,7 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   std::int64_t kick(const Member& member, const std::string& userId, std::int64_t reason);
 
   /// Starts telling `observer` of the room of `member`.
-  /// @return what is there already
+  /// @return what is there already, and in the rooms that it visits
   std::vector<MemberSnapshot> observe(const Member& member, std::weak_ptr<RoomObserver> observer);
 
   /// Publishes all of `streams`, or none.
@@ -122,19 +122,25 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   /// Who hears of links from now on, in place of the one that was given at the join.
   void observeLinks(const Member& member, std::weak_ptr<LinkObserver> observer);
   /// Invites a member of another room to link the two rooms.
-  std::int64_t requestLink(const Member& member, const LinkEnd& invitee, const std::string& extra);
+  /// @param mixes  whether the live mix of the member's room takes in the other room, once they are linked;
+  ///               the invitee decides about the mix of its own room
+  std::int64_t requestLink(const Member& member, const LinkEnd& invitee, bool mixes,
+                           const std::string& extra);
   std::int64_t cancelLinkRequest(const Member& member, const LinkEnd& invitee, const std::string& extra);
   /// The members of both rooms hear the answer; the invitee hears of an agreement only.
-  std::int64_t answerLinkRequest(const Member& member, const LinkEnd& inviter, bool agree,
+  /// @param mixes  as in requestLink, for the room of `member`; without effect unless it agrees
+  std::int64_t answerLinkRequest(const Member& member, const LinkEnd& inviter, bool agree, bool mixes,
                                  const std::string& extra);
   /// Makes the member a guest of a linked room beside its own: the observer hears of that room, and its
   /// streams can be subscribed to. Nobody there sees the guest.
   VisitResult visit(const Member& member, const std::string& roomId, std::weak_ptr<RoomObserver> observer);
-  /// Ends such a stay, and its subscriptions; nothing happens when it is over already.
-  void endVisit(const Member& member, const std::string& roomId);
+  /// Ends such a stay, and its subscriptions.
+  /// @return LocalCodeOtherRoomNotJoined when it is over already
+  std::int64_t endVisit(const Member& member, const std::string& roomId);
 
   /// Links the member's room with another one, in both directions, without an invitation.
-  std::int64_t linkRoom(const Member& member, const std::string& otherRoomId);
+  /// @param mixes  as in requestLink; replaces what was said before about the member's room
+  std::int64_t linkRoom(const Member& member, const std::string& otherRoomId, bool mixes = false);
   /// Ends the link with another room, and the stays of all members of both rooms that depend on it; they are
   /// told, but for `member`.
   std::int64_t unlinkRoom(const Member& member, const std::string& otherRoomId);
@@ -168,6 +174,8 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   static std::int64_t checkRoom(const ServerMember& member, std::optional<bool> liveRoom);
 
   void linkLocked(const std::string& roomId, const std::string& otherRoomId);
+  void setMixesLocked(const std::string& roomId, const std::string& otherRoomId, bool mixes,
+                      Aftermath& aftermath);
   void withdrawInvitationsLocked(const LinkEnd& leaver);
   void finishLinkLocked(const std::string& roomId, const std::string& otherRoomId,
                         const ServerMember& finisher, Aftermath& aftermath);
@@ -181,6 +189,9 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   static std::int64_t checkSteering(const ServerMember& member);
   void mixPublished(ServerRoom& room, const Publications& streams, Aftermath& aftermath);
   void mixUnpublished(ServerRoom& room, const Publications& streams, Aftermath& aftermath);
+  Publications guestsOf(const ServerRoom& room) const;
+  void mixGuests(ServerRoom& room, Aftermath& aftermath);
+  void mixIntoLinked(const ServerRoom& room, Aftermath& aftermath);
   void withdrawCdn(ServerRoom& room, Aftermath& aftermath);
   static void followDemand(ServerRoom& room, Aftermath& aftermath);
   void pushFailed(const std::string& roomId, const std::string& address, const std::string& error);

@@ -18,7 +18,7 @@ void MediaServer::observeLinks(const Member& member, std::weak_ptr<LinkObserver>
   member->links = std::move(observer);
 }
 
-std::int64_t MediaServer::requestLink(const Member& member, const LinkEnd& invitee,
+std::int64_t MediaServer::requestLink(const Member& member, const LinkEnd& invitee, bool mixes,
                                       const std::string& extra) {
   const std::lock_guard lock(mutex_);
   if (!member->room) return LocalCodeNotInRoom;
@@ -28,7 +28,7 @@ std::int64_t MediaServer::requestLink(const Member& member, const LinkEnd& invit
   if (found == rooms_.end()) return LocalCodeUnknownRoom;
   if (!found->second->find(invitee.userId)) return LocalCodeUserNotInRoom;
   if (links_.areLinked(inviter.roomId, invitee.roomId)) return LocalCodeAlreadyLinked;
-  if (!links_.invite({inviter, invitee})) return LocalCodeInvitationPending;
+  if (!links_.invite({inviter, invitee, mixes})) return LocalCodeInvitationPending;
   tell(invitee, [inviter, extra](LinkObserver& observer) { observer.linkRequested(inviter, extra); });
   return LocalCodeSuccess;
 }
@@ -44,11 +44,13 @@ std::int64_t MediaServer::cancelLinkRequest(const Member& member, const LinkEnd&
 }
 
 std::int64_t MediaServer::answerLinkRequest(const Member& member, const LinkEnd& inviter, bool agree,
-                                            const std::string& extra) {
+                                            bool mixes, const std::string& extra) {
+  Aftermath aftermath;
   const std::lock_guard lock(mutex_);
   if (!member->room) return LocalCodeNotInRoom;
   const LinkEnd invitee = endOf(*member);
-  if (!links_.take(inviter, invitee)) return LocalCodeNoInvitation;
+  const auto invitation = links_.take(inviter, invitee);
+  if (!invitation) return LocalCodeNoInvitation;
   // One that refuses knows; one that agrees hears of it with all others.
   const ServerMember* const except = agree ? nullptr : member.get();
   for (const std::string& roomId : {inviter.roomId, invitee.roomId}) {
@@ -58,16 +60,21 @@ std::int64_t MediaServer::answerLinkRequest(const Member& member, const LinkEnd&
                [=](LinkObserver& observer) { observer.linkAnswered(inviter, invitee, agree, extra); });
     });
   }
-  if (agree) linkLocked(inviter.roomId, invitee.roomId);
+  if (!agree) return LocalCodeSuccess;
+  linkLocked(inviter.roomId, invitee.roomId);
+  setMixesLocked(inviter.roomId, invitee.roomId, invitation->mixes, aftermath);
+  setMixesLocked(invitee.roomId, inviter.roomId, mixes, aftermath);
   return LocalCodeSuccess;
 }
 
-std::int64_t MediaServer::linkRoom(const Member& member, const std::string& otherRoomId) {
+std::int64_t MediaServer::linkRoom(const Member& member, const std::string& otherRoomId, bool mixes) {
+  Aftermath aftermath;
   const std::lock_guard lock(mutex_);
   if (!member->room) return LocalCodeNotInRoom;
   if (otherRoomId.empty()) return LocalCodeEmptyRoomId;
   if (otherRoomId == member->room->id()) return LocalCodeOwnRoom;
   linkLocked(member->room->id(), otherRoomId);
+  setMixesLocked(member->room->id(), otherRoomId, mixes, aftermath);
   return LocalCodeSuccess;
 }
 
@@ -107,11 +114,13 @@ MediaServer::VisitResult MediaServer::visit(const Member& member, const std::str
   return {LocalCodeSuccess, guest->room->snapshot(nullptr)};
 }
 
-void MediaServer::endVisit(const Member& member, const std::string& roomId) {
+std::int64_t MediaServer::endVisit(const Member& member, const std::string& roomId) {
   Aftermath aftermath;
   const std::lock_guard lock(mutex_);
+  if (!member->room) return LocalCodeNotInRoom;
   const auto found = rooms_.find(roomId);
-  if (found != rooms_.end()) endVisitLocked(*member, *found->second, aftermath);
+  const bool ended = found != rooms_.end() && endVisitLocked(*member, *found->second, aftermath);
+  return ended ? LocalCodeSuccess : LocalCodeOtherRoomNotJoined;
 }
 
 void MediaServer::linkLocked(const std::string& roomId, const std::string& otherRoomId) {
@@ -122,8 +131,14 @@ void MediaServer::linkLocked(const std::string& roomId, const std::string& other
   }
 }
 
+void MediaServer::setMixesLocked(const std::string& roomId, const std::string& otherRoomId, bool mixes,
+                                 Aftermath& aftermath) {
+  links_.setMixes(roomId, otherRoomId, mixes);
+  mixGuests(*rooms_.at(roomId), aftermath);
+}
+
 void MediaServer::withdrawInvitationsLocked(const LinkEnd& leaver) {
-  for (const auto& [inviter, invitee] : links_.takeOf(leaver)) {
+  for (const auto& [inviter, invitee, mixes] : links_.takeOf(leaver)) {
     if (inviter == leaver) {
       tell(invitee,
            [inviter = leaver](LinkObserver& observer) { observer.linkRequestCancelled(inviter, {}); });
@@ -142,6 +157,7 @@ void MediaServer::finishLinkLocked(const std::string& roomId, const std::string&
     const auto from = rooms_.find(fromId);
     const auto visited = rooms_.find(visitedId);
     if (from == rooms_.end() || visited == rooms_.end()) return;
+    mixGuests(*from->second, aftermath);
     from->second->forEach([&](ServerMember& visitor) {
       if (!endVisitLocked(visitor, *visited->second, aftermath)) return;
       postLink(visitor, [visitedId, userId = finisher.userId](LinkObserver& observer) {

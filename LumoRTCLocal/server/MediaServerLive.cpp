@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
@@ -103,12 +104,15 @@ void MediaServer::mixPublished(ServerRoom& room, const Publications& streams, Af
     room.notify(*events_, nullptr,
                 [mixed = mix.streams()](RoomObserver& observer) { observer.liveStreamsPublished(mixed); });
   }
-  followDemand(room, aftermath);
+  mixGuests(room, aftermath);
+  mixIntoLinked(room, aftermath);
 }
 
 void MediaServer::mixUnpublished(ServerRoom& room, const Publications& streams, Aftermath& aftermath) {
   LiveMix& mix = *room.mix();
   for (const auto& stream : streams) mix.remove(*stream);
+  mixGuests(room, aftermath);
+  mixIntoLinked(room, aftermath);
   if (!mix.inputs()->empty()) return;
   withdrawLocked(room.mixer(), mix.streams(), aftermath);
   room.notify(*events_, nullptr,
@@ -116,6 +120,48 @@ void MediaServer::mixUnpublished(ServerRoom& room, const Publications& streams, 
   withdrawCdn(room, aftermath);
   std::ranges::move(mix.pushes().takeAll(), std::back_inserter(aftermath.ended));
   aftermath.mixes.push_back(room.mix());
+}
+
+Publications MediaServer::guestsOf(const ServerRoom& room) const {
+  Publications guests;
+  const auto inputs = room.mix()->inputs();
+  if (std::ranges::all_of(*inputs, &MixInput::isGuest)) return guests;
+  for (const std::string& otherId : links_.mixedInto(room.id())) {
+    const auto other = rooms_.find(otherId);
+    if (other == rooms_.end() || !other->second->isLive()) continue;
+    other->second->forEach([&guests](const ServerMember& member) {
+      std::ranges::copy(member.publications, std::back_inserter(guests));
+    });
+  }
+  return guests;
+}
+
+/// Takes into the mix of a room, or out of it, what has changed in the linked rooms and in the links.
+void MediaServer::mixGuests(ServerRoom& room, Aftermath& aftermath) {
+  if (!room.isLive()) return;
+  const Publications guests = guestsOf(room);
+  Publications present;
+  const auto inputs = room.mix()->inputs();
+  for (const auto& input : *inputs) {
+    const auto& stream = input->publication();
+    present.push_back(stream);
+    if (!input->isGuest() || std::ranges::count(guests, stream) > 0) continue;
+    room.mix()->remove(*stream);
+    if (room.mixer().subscriptions.erase(stream) > 0)
+      replaceSubscription(room.mixer(), stream, nullptr, aftermath);
+  }
+  for (const auto& stream : guests) {
+    if (std::ranges::count(present, stream) == 0) room.mix()->add(stream, true);
+  }
+  followDemand(room, aftermath);
+}
+
+/// The same for all rooms that this one is linked with.
+void MediaServer::mixIntoLinked(const ServerRoom& room, Aftermath& aftermath) {
+  for (const std::string& otherId : links_.linkedWith(room.id())) {
+    const auto other = rooms_.find(otherId);
+    if (other != rooms_.end()) mixGuests(*other->second, aftermath);
+  }
 }
 
 void MediaServer::withdrawCdn(ServerRoom& room, Aftermath& aftermath) {

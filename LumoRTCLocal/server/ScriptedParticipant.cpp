@@ -180,8 +180,8 @@ std::int64_t ScriptedParticipant::kick(const std::string& userId, std::int64_t r
   return parts_.server->kick(member_, userId, reason);
 }
 
-std::int64_t ScriptedParticipant::linkRoom(const std::string& otherRoomId) {
-  return parts_.server->linkRoom(member_, otherRoomId);
+std::int64_t ScriptedParticipant::linkRoom(const std::string& otherRoomId, bool autoMix) {
+  return parts_.server->linkRoom(member_, otherRoomId, autoMix);
 }
 
 std::int64_t ScriptedParticipant::unlinkRoom(const std::string& otherRoomId) {
@@ -189,8 +189,8 @@ std::int64_t ScriptedParticipant::unlinkRoom(const std::string& otherRoomId) {
 }
 
 std::int64_t ScriptedParticipant::invite(const std::string& roomId, const std::string& userId,
-                                         const std::string& extra) {
-  return parts_.server->requestLink(member_, {roomId, userId}, extra);
+                                         const std::string& extra, bool autoMix) {
+  return parts_.server->requestLink(member_, {roomId, userId}, autoMix, extra);
 }
 
 std::int64_t ScriptedParticipant::cancelInvite(const std::string& roomId, const std::string& userId,
@@ -199,8 +199,21 @@ std::int64_t ScriptedParticipant::cancelInvite(const std::string& roomId, const 
 }
 
 std::int64_t ScriptedParticipant::answer(const std::string& roomId, const std::string& userId, bool agree,
-                                         const std::string& extra) {
-  return parts_.server->answerLinkRequest(member_, {roomId, userId}, agree, extra);
+                                         const std::string& extra, bool autoMix) {
+  return parts_.server->answerLinkRequest(member_, {roomId, userId}, agree, autoMix, extra);
+}
+
+std::int64_t ScriptedParticipant::visit(const std::string& roomId) {
+  const std::lock_guard lock(mutex_);
+  const auto visited = parts_.server->visit(member_, roomId, weak_from_this());
+  for (const MemberSnapshot& present : visited.present) {
+    for (const PublicationState& state : present.publications) tap(state.publication);
+  }
+  return visited.code;
+}
+
+std::int64_t ScriptedParticipant::endVisit(const std::string& roomId) {
+  return parts_.server->endVisit(member_, roomId);
 }
 
 void ScriptedParticipant::onInvitation(InvitationSink sink) {

@@ -79,14 +79,16 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::int64_t leave() override;
   std::int64_t goOffline() override;
   std::int64_t kick(const std::string& userId, std::int64_t reason) override;
-  std::int64_t linkRoom(const std::string& otherRoomId) override;
+  std::int64_t linkRoom(const std::string& otherRoomId, bool autoMix) override;
   std::int64_t unlinkRoom(const std::string& otherRoomId) override;
-  std::int64_t invite(const std::string& roomId, const std::string& userId,
-                      const std::string& extra) override;
+  std::int64_t invite(const std::string& roomId, const std::string& userId, const std::string& extra,
+                      bool autoMix) override;
   std::int64_t cancelInvite(const std::string& roomId, const std::string& userId,
                             const std::string& extra) override;
   std::int64_t answer(const std::string& roomId, const std::string& userId, bool agree,
-                      const std::string& extra) override;
+                      const std::string& extra, bool autoMix) override;
+  std::int64_t visit(const std::string& roomId) override;
+  std::int64_t endVisit(const std::string& roomId) override;
   void onInvitation(InvitationSink sink) override;
   void onAudio(AudioSink sink) override;
   void onVideo(VideoSink sink, bool tiny) override;

@@ -65,7 +65,8 @@ class LMRTCLocalUser {
 
   /// Invites a user of another room to link the two rooms, takes the invitation back, or answers one.
   /// @param roomId,userId  of the user at the other end
-  /// @param autoMix        whether the linked user's streams join the live mix by themselves
+  /// @param autoMix        whether what the other room's users publish joins the live mix of this user's room
+  ///                       by itself, as long as the link lasts; each end decides for its own room
   /// @param extra          a text for the other end
   virtual void requestJoinOtherRoom(const std::string& roomId, const std::string& userId, bool autoMix,
                                     const std::string& extra, CodeCompletion completion) = 0;
