@@ -277,15 +277,21 @@ TEST_F(LinkedRoomsTest, Refusals) {
   EXPECT_EQ(LocalCodeNotInRoom, cleo->answer("r", "me", true));
 }
 
-/// Real time: links come and go on one thread while the host joins and leaves on another.
+/// Real time: links, and with them guests in the live mix, come and go on one thread while the host joins and
+/// leaves on another.
 TEST(LinkedRoomsInRealTimeTest, ComeAndGoOnAnyThread) {
   const auto local = LumoRTCLocal::install({.userId = "me"});
   const auto engine = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
   const auto delegate = std::make_shared<LMRTCIWEngineDelegate>();
   std::counting_semaphore<> seen(0), moved(0);
-  delegate->onRoomJoined = delegate->onRoomLeft = [&](auto&&...) { moved.release(); };
+  delegate->onRoomJoined = [&](auto&&...) {
+    engine->publish(kBoth);
+    moved.release();
+  };
+  delegate->onRoomLeft = [&](auto&&...) { moved.release(); };
+  delegate->onRemoteLiveMixPublished = [&](auto) { engine->subscribeLiveMix(kBoth); };
   delegate->onJoinSubRoomRequestReceived = [&](const std::string& room, const std::string& user, auto&&) {
-    engine->responseJoinSubRoomRequest(room, user, true, false, "");
+    engine->responseJoinSubRoomRequest(room, user, true, true, "");
     engine->joinSubRoom(room);
   };
   delegate->onUserJoined = [](auto&&...) {};  // without it nobody is announced
@@ -294,12 +300,15 @@ TEST(LinkedRoomsInRealTimeTest, ComeAndGoOnAnyThread) {
   };
   delegate->onRemoteFirstFrame = [&](auto&&...) { seen.release(); };
   engine->setEngineDelegate(delegate);
-  const auto ben = local->join("s", "ben").participant;
+  const auto setup = std::make_shared<LMRTCIWRoomSetup>();
+  setup->role = LMRTCIWRoleLiveBroadcaster;
+  const LumoRTCLocal::ParticipantOptions broadcaster{.role = LumoRTCLocal::Role::broadcaster};
+  const auto ben = local->join("s", "ben", broadcaster).participant;
   EXPECT_EQ(0, ben->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo));
   std::atomic<bool> over = false;
   std::thread others([&] {
     while (!over) {
-      const auto cleo = local->join("s", "cleo").participant;
+      const auto cleo = local->join("s", "cleo", broadcaster).participant;
       cleo->publishVideo();
       if (cleo->invite("r", "me") != 0) cleo->unlinkRoom("r");
       std::this_thread::yield();
@@ -307,7 +316,7 @@ TEST(LinkedRoomsInRealTimeTest, ComeAndGoOnAnyThread) {
     }
   });
   for (int i = 0; i < 200; ++i) {
-    engine->joinRoom("r", std::make_shared<LMRTCIWRoomSetup>());
+    engine->joinRoom("r", setup);
     EXPECT_TRUE(moved.try_acquire_for(20s));
     engine->leaveSubRoom("s", i % 2 == 0);
     engine->leaveRoom();
@@ -316,7 +325,7 @@ TEST(LinkedRoomsInRealTimeTest, ComeAndGoOnAnyThread) {
   over = true;
   others.join();
   while (seen.try_acquire()) continue;
-  engine->joinRoom("r", std::make_shared<LMRTCIWRoomSetup>());
+  engine->joinRoom("r", setup);
   ASSERT_TRUE(moved.try_acquire_for(20s));
   EXPECT_EQ(0, ben->invite("r", "me"));
   EXPECT_TRUE(seen.try_acquire_for(20s) && seen.try_acquire_for(20s));
