@@ -37,16 +37,7 @@ class FileStreamTest : public CallTest, protected LineRecorder {
     delegate->onRemoteCustomStreamPublished = [this](auto&, auto&&... all) { line("comes:", all...); };
     delegate->onRemoteCustomStreamUnpublished = [this](auto&, auto&&... all) { line("goes:", all...); };
     engine->setEngineDelegate(delegate);
-    anna = add("anna");
-    anna->onVideo([this](const std::string& tag, const LMRTCVideoFrame& frame) {
-      if (tag != "clip") return;
-      last = frame.rtcVideoFrame->buffer->toI420();
-      const std::int32_t number = pictureNumber(*last);
-      if (pictures.empty() || pictures.back() != number) pictures.push_back(number);
-    });
-    anna->onAudio([this](const std::string& tag, const AudioBlock& block, Microseconds) {
-      (tag == "clip" ? clipSound : microphone).add(block);
-    });
+    watchAs(add("anna"));
     local->setSpeaker([this](const AudioBlock& block, Microseconds) { speaker.add(block); });
     join();
     publish(kAudio);
@@ -56,6 +47,18 @@ class FileStreamTest : public CallTest, protected LineRecorder {
     anna->onAudio({});
   }
 
+  void watchAs(const ParticipantPtr& watcher) {
+    anna = watcher;
+    anna->onVideo([this](const std::string& tag, const LMRTCVideoFrame& frame) {
+      if (tag != "clip") return;
+      last = frame.rtcVideoFrame->buffer->toI420();
+      const std::int32_t number = pictureNumber(*last);
+      if (pictures.empty() || pictures.back() != number) pictures.push_back(number);
+    });
+    anna->onAudio([this](const std::string& tag, const AudioBlock& block, Microseconds) {
+      (tag == "clip" ? clipSound : microphone).add(block);
+    });
+  }
   void start(const std::string& path, bool replace = false, bool playback = false) {
     ASSERT_EQ(0, engine->createCustomStreamFromFile(path, "clip", replace, playback));
     ASSERT_EQ(0, engine->publishCustomStream("clip"));
@@ -189,6 +192,42 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
   ASSERT_EQ(0, engine->leaveRoom());
   advance(2s);
   EXPECT_EQ((Lines{"published clip 0 "}), takeLines()) << "left in the middle";
+}
+
+TEST_F(FileStreamTest, BecomingAudienceTakesTheFileOutOfTheRoom) {
+  engine->leaveRoom();
+  watchAs(local->join("live", "anna", {.role = LumoRTCLocal::Role::audience}).participant);
+  const auto setup = std::make_shared<LMRTCIWRoomSetup>();
+  setup->role = LMRTCIWRoleLiveBroadcaster;
+  engine->joinRoom("live", setup);
+  advance(0us);
+  const auto switchTo = [this](std::int64_t role) {
+    EXPECT_EQ(0, engine->switchLiveRole(role));
+    advance(0us);
+  };
+  publish(kAudio);
+  start(writeClip(folder, "a.mkv", kClip), true, true);
+  EXPECT_EQ("0 10 | - | 10", levels());
+  switchTo(LMRTCIWRoleLiveAudience);
+  pictures.clear();
+  EXPECT_EQ("- - | - | 0", levels());
+  advance(2s);
+  EXPECT_EQ((Lines{"published clip 0 "}), takeLines()) << "neither unpublished by the host nor finished";
+  EXPECT_TRUE(pictures.empty());
+  EXPECT_NE(0, engine->unpublishCustomStream("clip"));
+
+  switchTo(LMRTCIWRoleLiveBroadcaster);
+  publish(kAudio);
+  EXPECT_EQ("10 0 | - | 0", levels()) << "the microphone is back";
+  EXPECT_EQ(0, engine->publishCustomStream("clip"));
+  switchTo(LMRTCIWRoleLiveAudience);
+  advance(1s);
+  EXPECT_EQ((Lines{}), takeLines()) << "switched before the file was opened";
+  switchTo(LMRTCIWRoleLiveBroadcaster);
+  EXPECT_EQ(0, engine->publishCustomStream("clip"));
+  advance(2s);
+  EXPECT_EQ((Lines{"published clip 0 ", "finished clip"}), takeLines());
+  ASSERT_EQ(10u, pictures.size()) << "from the start";
 }
 
 TEST_F(FileStreamTest, ParticipantsPublishFilesAsTwoStreams) {
