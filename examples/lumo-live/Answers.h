@@ -27,6 +27,8 @@ class Answers {
   template <class... Arguments>
   void watch(std::function<void(Arguments...)>& field, const char* name);
 
+  void add(const char* name, std::int64_t code);
+
   std::mutex mutex_;  // guards the rest
   std::condition_variable come_;
   std::map<std::string, std::deque<std::int64_t>> codes_;

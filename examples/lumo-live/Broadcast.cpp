@@ -20,6 +20,7 @@ namespace {
 constexpr std::array<const char*, 16> kNames = {"Anna",  "Ben",  "Carla", "David", "Emma",  "Finn",
                                                 "Greta", "Hugo", "Ida",   "Jonas", "Klara", "Leo",
                                                 "Mia",   "Noah", "Olga",  "Paul"};
+constexpr char kLinkedHost[] = "Rosa";
 constexpr std::int64_t kMedia = LMRTCIWMediaTypeAudioVideo;
 constexpr std::int64_t kGrid = 3;  // layout modes and the render mode, as the host numbers them
 constexpr std::int64_t kWhole = 2;
@@ -35,6 +36,18 @@ std::vector<LMRTCIWCustomLayout> customLayouts(const std::string& localUserId) {
   small.width = 150;
   small.height = 200;
   return {large, small};
+}
+
+/// The local user and the host of the linked room side by side, in the landscape format.
+std::vector<LMRTCIWCustomLayout> sideBySide(const std::string& localUserId) {
+  LMRTCIWCustomLayout left(localUserId);
+  left.width = 320;
+  left.height = 360;
+  LMRTCIWCustomLayout right(kLinkedHost);
+  right.x = 320;
+  right.width = 320;
+  right.height = 360;
+  return {left, right};
 }
 
 }  // namespace
@@ -54,6 +67,7 @@ Broadcast::Broadcast(const LiveOptions& options, std::shared_ptr<LumoRTCLocal> l
 }
 
 Broadcast::~Broadcast() {
+  if (linkedHost_) linkedHost_->onInvitation({});
   engine_->destroy();
   local_->uninstall();
 }
@@ -63,6 +77,7 @@ bool Broadcast::run() {
   watchTheMix();
   goOnTheAir();
   stepThroughLayouts();
+  if (!options_.linkedRoomId.empty()) linkRooms();
   showInnerCdn();
   goBackToTheAudience();
   act("leaveRoom", "onRoomLeft", [this] { return engine_->leaveRoom(); });
@@ -131,6 +146,41 @@ void Broadcast::stepThroughLayouts() {
   act("setLiveMixVideoResolution 640 x 360", "onLiveMixVideoResolutionSet",
       [this] { return engine_->setLiveMixVideoResolution(640, 360); });
   show("landscape", *mixView_);
+}
+
+void Broadcast::linkRooms() {
+  const std::string& roomId = options_.linkedRoomId;
+  bringLinkedHost();
+  act("requestJoinSubRoom with automatic layout", "onJoinSubRoomRequestResponseReceived",
+      [&, this] { return engine_->requestJoinSubRoom(roomId, kLinkedHost, true, "Sing with us"); });
+  show("linked", *mixView_);
+  act("joinSubRoom", "onSubRoomJoined", [&, this] { return engine_->joinSubRoom(roomId); });
+  act("setLiveMixCustomLayouts side by side", "onLiveMixCustomLayoutsSet",
+      [this] { return engine_->setLiveMixCustomLayouts(sideBySide("you")); });
+  show("side-by-side", *mixView_);
+  act("setLiveMixLayoutMode grid", "onLiveMixLayoutModeSet",
+      [this] { return engine_->setLiveMixLayoutMode(kGrid); });
+  act("leaveSubRoom and end the link", "onSubRoomLeft",
+      [&, this] { return engine_->leaveSubRoom(roomId, true); });
+  show("unlinked", *mixView_);
+}
+
+void Broadcast::bringLinkedHost() {
+  const std::string& roomId = options_.linkedRoomId;
+  act(std::string(kLinkedHost) + " joins room " + roomId + " and goes on the air", nullptr, [&, this] {
+    const auto source = static_cast<std::uint32_t>(options_.broadcasters) + 1;
+    const auto joined =
+        local_->join(roomId, kLinkedHost, {.role = LumoRTCLocal::Role::broadcaster, .sourceNumber = source});
+    if (!joined.participant) return joined.code;
+    linkedHost_ = joined.participant;
+    linkedHost_->onInvitation([this, host = std::weak_ptr(linkedHost_)](const auto& invitation) {
+      const auto invited = host.lock();
+      if (!invited || invitation.cancelled) return;
+      log_.action(std::string(kLinkedHost) + " is invited by " + invitation.userId + " and accepts");
+      invited->answer(invitation.roomId, invitation.userId, true, "With pleasure", true);
+    });
+    return linkedHost_->publish(kLMRTCDefaultStreamTag, LumoRTCLocal::Media::audioAndVideo);
+  });
 }
 
 void Broadcast::showInnerCdn() {

@@ -15,7 +15,8 @@ class LMRTCIWView;
 struct LMRTCIWEngineDelegate;
 
 /// A live room with scripted broadcasters, and the local user who watches its mix, goes on the air, steers
-/// the mix and goes back to the audience. One thread.
+/// the mix, links the room with another one where that is asked for, and goes back to the audience. One
+/// thread.
 class Broadcast {
  public:
   /// @param local  the installed media SDK
@@ -36,6 +37,8 @@ class Broadcast {
   void watchTheMix();
   void goOnTheAir();
   void stepThroughLayouts();
+  void linkRooms();
+  void bringLinkedHost();
   void showInnerCdn();
   void goBackToTheAudience();
   /// Lets the step last, then writes a picture of what `view` shows.
@@ -50,6 +53,7 @@ class Broadcast {
   const std::shared_ptr<LMRTCIWView> mixView_;
   const std::shared_ptr<LMRTCIWView> cdnView_;
   std::vector<std::shared_ptr<LumoRTCLocal::Participant>> broadcasters_;
+  std::shared_ptr<LumoRTCLocal::Participant> linkedHost_;
   int steps_ = 0;
   bool isAsPlanned_ = true;
 };

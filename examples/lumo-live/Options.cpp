@@ -58,9 +58,14 @@ std::variant<LiveOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->type_name("DIR")
       ->check(checkFolder);
   app.add_option("--room", options.roomId, "Room to join (default: live)")->type_name("ID");
+  app.add_option("--link-room", options.linkedRoomId,
+                 "Link the room with this one, so that the host there appears in the mix")
+      ->type_name("ID");
   app.add_flag("--log", options.log, "Write the structured log to standard error");
   try {
     app.parse(argc, argv);
+    if (options.linkedRoomId == options.roomId)
+      throw CLI::ValidationError("--link-room", "a room cannot be linked with itself");
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
     return ExitCode{0};

@@ -11,6 +11,7 @@ struct LiveOptions {
   std::vector<std::string> addresses;  ///< to which the mix is pushed
   std::string pictures;                ///< folder for a picture of the mix per step; empty: none
   std::string roomId = "live";
+  std::string linkedRoomId;  ///< a second live room, with which the first is linked; empty: none
   bool log = false;
 };
 

@@ -41,6 +41,11 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
   print(d.onRoomJoined, "onRoomJoined", {"code", "message"});
   print(d.onRoomLeft, "onRoomLeft", {"code", "message"});
   print(d.onKicked, "onKicked", {"roomId", "message"});
+  print(d.onJoinSubRoomRequested, "onJoinSubRoomRequested", {"roomId", "userId", "code", "message"});
+  print(d.onJoinSubRoomRequestResponseReceived, "onJoinSubRoomRequestResponseReceived",
+        {"roomId", "userId", "agree", "extra"});
+  print(d.onSubRoomJoined, "onSubRoomJoined", {"roomId", "code", "message"});
+  print(d.onSubRoomLeft, "onSubRoomLeft", {"roomId", "code", "message"});
   print(d.onSubRoomBanded, "onSubRoomBanded", {"roomId"});
   print(d.onUserJoined, "onUserJoined", {"roomId", "userId"});
   print(d.onUserLeft, "onUserLeft", {"roomId", "userId"});
