@@ -17,6 +17,7 @@
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalEngine.h"
 #include "LumoRTCLocal/sdk/LocalProvider.h"
+#include "LumoRTCLocal/sdk/MachineAddress.h"
 #include "LumoRTCLocal/server/ScriptedParticipant.h"
 
 namespace {
@@ -27,6 +28,8 @@ constexpr std::size_t kLeastTidied = 64;
 std::shared_ptr<const lumo::LocalContext> makeContext(const LumoRTCLocal::Options& options) {
   const auto context = std::make_shared<lumo::LocalContext>();
   context->userId = options.userId;
+  context->networkType = options.networkType;
+  context->ipAddress = options.ipAddress ? *options.ipAddress : lumo::machineAddress();
   context->timeline =
       options.pace == LumoRTCLocal::Pace::manual ? lumo::Timeline::manual() : lumo::Timeline::realTime();
   context->sdk = context->timeline->makeRunner("sdk");

@@ -46,6 +46,10 @@ class LumoRTCLocal {
     std::string userId = "local";  ///< of the local user
     /// Whether what the speaker plays can be heard: on the machine's default sound output, if there is one.
     bool soundOutput = false;
+    /// What status reports say of the connection: "wlan", "wwan" or another name.
+    std::string networkType = "wlan";
+    /// Absent: the machine's first IPv4 address beyond the loopback, or "127.0.0.1".
+    std::optional<std::string> ipAddress = {};
   };
 
   /// What a participant is in its room; it decides the kind of a room that does not exist yet.

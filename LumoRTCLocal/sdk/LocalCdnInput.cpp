@@ -37,12 +37,12 @@ void LocalCdnInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view
 }
 
 void LocalCdnInput::receiveVideo(const LMRTCVideoFrame& frame) {
-  noteMedia();
+  noteMedia(frame);
   if (!isMute()) delivery_.offer(frame);
 }
 
 void LocalCdnInput::receiveAudio(const AudioBlock& block, Microseconds time) {
-  noteMedia();
+  noteMedia(block);
   if (!isMute()) sound_.receive(block, time);
 }
 

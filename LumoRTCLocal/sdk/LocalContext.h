@@ -17,6 +17,8 @@ namespace lumo {
 /// What the objects of one SDK share. All of it is set when it is made and may be used on any thread.
 struct LocalContext {
   std::string userId;  ///< of the local user
+  std::string networkType;
+  std::string ipAddress;
   std::shared_ptr<Timeline> timeline;
   std::shared_ptr<Runner> sdk;  ///< the SDK's thread: completions and events
   std::shared_ptr<Operations> operations;

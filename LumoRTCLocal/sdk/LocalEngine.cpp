@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/media/FileUrl.h"
@@ -20,7 +21,8 @@ LocalEngine::LocalEngine(std::shared_ptr<const LocalContext> context, std::share
       camera_(
           std::make_shared<LocalCamera>(context_->userId, pipeline_, std::move(cameras), context_->server)),
       mixer_(std::make_shared<LocalAudioMixer>(context_->sdk, context_->decoding, context_->files)),
-      effects_(std::make_shared<LocalAudioEffectManager>(context_->decoding, context_->files)) {}
+      effects_(std::make_shared<LocalAudioEffectManager>(context_->decoding, context_->files)),
+      reporter_(std::make_shared<StatusReporter>(context_)) {}
 
 LocalEngine::~LocalEngine() { unInit(); }
 
@@ -30,7 +32,12 @@ void LocalEngine::setDelegate(std::weak_ptr<LMRTCEngineEventDelegate> delegate) 
 
 void LocalEngine::setMediaServerUrl(const std::string& /*url*/) {}
 
-void LocalEngine::initWithConfig(const LMRTCConfig& /*config*/) {
+void LocalEngine::setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) {
+  reporter_->setDelegate(std::move(delegate));
+}
+
+void LocalEngine::initWithConfig(const LMRTCConfig& config) {
+  reporter_->setInterval(config.statusReportInterval());
   context_->operations->begin();
   context_->renderGate->open();
   microphone_->setActive(true);
@@ -52,6 +59,7 @@ void LocalEngine::unInit() {
   pipeline_->setActive(false);
   camera_->reset();
   delegate_.set({});
+  reporter_->setDelegate({});
   context_->renderGate->close();
 }
 
@@ -155,8 +163,11 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
     if (session != 0 && session == context_->operations->session()) {
       room_ = room;
       joined = room;
-      return LocalCodeSuccess;
     }
+  }
+  if (joined) {
+    reporter_->start(room);
+    return LocalCodeSuccess;
   }
   close(room);  // un-initialised while it joined
   return LocalCodeNotInitialised;

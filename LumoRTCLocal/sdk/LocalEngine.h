@@ -14,6 +14,7 @@
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalOutputStream.h"
 #include "LumoRTCLocal/sdk/LocalRoom.h"
+#include "LumoRTCLocal/sdk/StatusReporter.h"
 
 namespace lumo {
 
@@ -29,8 +30,8 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   void setDelegate(std::weak_ptr<LMRTCEngineEventDelegate> delegate) override;
   /// Without effect: the media server is in this process.
   void setMediaServerUrl(const std::string& url) override;
-  /// The config is without effect: nothing in this process is lost, encrypted or mixed with other
-  /// applications.
+  /// Of the config, the interval of the status reports takes effect: nothing in this process is encrypted or
+  /// mixed with other applications.
   void initWithConfig(const LMRTCConfig& config) override;
   /// Also stops what plays from files, takes the callbacks of microphone, camera and room away and brings the
   /// devices back to where they start. When it has returned no surface gets a frame any more; it waits for
@@ -60,8 +61,10 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   void leaveOtherRoom(const std::string& roomId, bool notifyFinished,
                       LeaveOtherCompletion completion) override;
 
+  /// Reports come while a room is joined, until the engine is un-initialised.
+  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) override;
+
   // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
-  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> /*delegate*/) override {}
   void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> /*delegate*/) override {}
   void startRTCProbeTest(Completion completion) override;
   void stopRTCProbeTest(Completion completion) override;
@@ -81,6 +84,7 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   const std::shared_ptr<LocalCamera> camera_;
   const std::shared_ptr<LocalAudioMixer> mixer_;
   const std::shared_ptr<LocalAudioEffectManager> effects_;
+  const std::shared_ptr<StatusReporter> reporter_;
   Cell<std::weak_ptr<LMRTCEngineEventDelegate>> delegate_;
 
   std::mutex mutex_;  ///< guards the room, together with the session it was joined in

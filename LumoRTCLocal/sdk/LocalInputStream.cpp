@@ -32,8 +32,7 @@ void RemoteStream::setSubscribed(bool subscribed) {
   firstMediaDue_.store(subscribed, std::memory_order_relaxed);
 }
 
-void RemoteStream::noteMedia() {
-  if (!firstMediaDue_.load(std::memory_order_relaxed)) return;
+void RemoteStream::tellFirstMedia() {
   if (!firstMediaDue_.exchange(false, std::memory_order_relaxed)) return;
   if (const auto listener = listener_.lock()) listener->firstMediaArrived(shared_from_this());
 }
@@ -59,7 +58,7 @@ void LocalAudioInput::setAudioDataCallback(LMRTCAudioDataCallback callback) {
 }
 
 void LocalAudioInput::receiveAudio(const AudioBlock& block, Microseconds time) {
-  noteMedia();
+  noteMedia(block);
   if (!isMute()) sound_.receive(block, time);
 }
 
@@ -95,14 +94,14 @@ void LocalVideoInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& vi
 }
 
 void LocalVideoInput::receiveVideo(const LMRTCVideoFrame& frame) {
-  noteMedia();
+  noteMedia(frame);
   if (isMute()) return;
   showDelegate(frame);
   if (const auto target = delivery()) target->offer(frame);
 }
 
 void LocalVideoInput::receiveAudio(const AudioBlock& block, Microseconds time) {
-  noteMedia();
+  noteMedia(block);
   if (!isMute()) sound_.receive(block, time);
 }
 

@@ -40,15 +40,26 @@ class RemoteStream : public MediaReceiver, public std::enable_shared_from_this<R
   const std::shared_ptr<Publication>& publication() const { return publication_; }
   /// Begins a subscription, whose first media is told, or ends it. Beginning a running one does nothing.
   void setSubscribed(bool subscribed);
+  void mediaLost() override { meter_->addLost(); }
+  /// Measures what arrives, and what is lost on the way.
+  const std::shared_ptr<MediaMeter>& meter() const { return meter_; }
   bool isSubscribed() const { return subscribed_.load(std::memory_order_relaxed); }
   /// What the room's members have been told of the state at the source.
   void setEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
 
  protected:
   bool isEnabled() const { return enabled_.load(std::memory_order_relaxed); }
-  void noteMedia();
+  /// Measures a picture or a block that has come, and tells the first one.
+  template <class Media>
+  void noteMedia(const Media& media) {
+    meter_->add(media);
+    if (firstMediaDue_.load(std::memory_order_relaxed)) tellFirstMedia();
+  }
 
  private:
+  void tellFirstMedia();
+
+  const std::shared_ptr<MediaMeter> meter_ = std::make_shared<MediaMeter>();
   const std::shared_ptr<Publication> publication_;
   const std::weak_ptr<FirstMediaListener> listener_;
   std::atomic<bool> enabled_;

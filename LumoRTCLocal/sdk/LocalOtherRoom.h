@@ -28,6 +28,8 @@ class LocalOtherRoom : public LMRTCOtherRoom,
   /// Ends the mirror: the room looks empty and the delegate hears nothing more. Any thread, more than once.
   void close();
 
+  const RoomMirror& mirror() const { return *mirror_; }
+
   void setDelegate(std::weak_ptr<LMRTCOtherRoomEventDelegate> delegate) override;
   const std::string& roomId() const override { return roomId_; }
   std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override;

@@ -47,6 +47,11 @@ std::int64_t LocalOtherRooms::leave(const std::string& roomId, bool notifyFinish
   return LocalCodeSuccess;
 }
 
+void LocalOtherRooms::addReceived(std::vector<std::shared_ptr<RemoteStream>>& received) {
+  const std::lock_guard lock(mutex_);
+  for (const auto& [roomId, room] : rooms_) room->mirror().addReceived(received);
+}
+
 void LocalOtherRooms::linkRequested(const LinkEnd& inviter, const std::string& extra) {
   if (const auto target = delegate()) target->didRequestJoinOtherRoom(inviter.roomId, inviter.userId, extra);
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
@@ -35,6 +36,9 @@ class LocalOtherRooms : public LinkObserver {
   std::int64_t join(const std::string& roomId, std::shared_ptr<LocalOtherRoom>& joined);
   /// @param notifyFinished  ends the link for everybody
   std::int64_t leave(const std::string& roomId, bool notifyFinished);
+
+  /// Adds all streams of these rooms that are subscribed.
+  void addReceived(std::vector<std::shared_ptr<RemoteStream>>& received);
 
  private:
   void linkRequested(const LinkEnd& inviter, const std::string& extra) override;

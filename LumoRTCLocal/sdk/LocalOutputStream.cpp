@@ -49,6 +49,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
     const auto target = target_.get().lock();
     const bool isSent = hasSound_ && target && target->isEnabled();
     if (isSent) sendTap_.deliver(block_, time);
+    if (isSent && !target->isWanted()) target->meter(false)->hear(block_);  // else it is measured when sent
     if (const auto recorder = recorder_.get()) recorder->add(isSent ? block_ : kSilence);
   }
 

@@ -39,6 +39,18 @@ void LocalRoom::close() {
   delegate_.set({});
 }
 
+Publications LocalRoom::sent() const {
+  const auto user = localUser_.get();
+  return user ? user->publications() : Publications();
+}
+
+std::vector<std::shared_ptr<RemoteStream>> LocalRoom::received() const {
+  std::vector<std::shared_ptr<RemoteStream>> received;
+  mirror_->addReceived(received);
+  otherRooms_->addReceived(received);
+  return received;
+}
+
 void LocalRoom::setDelegate(std::weak_ptr<LMRTCRoomEventDelegate> delegate) {
   delegate_.set(std::move(delegate));
 }

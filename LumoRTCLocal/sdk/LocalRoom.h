@@ -38,6 +38,14 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   /// once.
   void close();
 
+  bool isOpen() const { return open_; }
+  /// What the local user publishes at present, and what they have subscribed to, in the other rooms too. SDK
+  /// thread.
+  Publications sent() const;
+  std::vector<std::shared_ptr<RemoteStream>> received() const;
+  /// The sound of those who are in the live mix; nothing in a normal room.
+  std::optional<Publications> liveVoices() const { return context_->server->liveVoices(member_); }
+
   LocalOtherRooms& otherRooms() const { return *otherRooms_; }
 
   void setDelegate(std::weak_ptr<LMRTCRoomEventDelegate> delegate) override;

@@ -82,6 +82,18 @@ void LocalUser::close() {
   closed.swap(published_);
 }
 
+Publications LocalUser::publications() const {
+  Publications publications;
+  for (const auto& stream : streams()) {
+    if (const auto file = asFile(stream)) {
+      for (auto& open : file->publications()) publications.push_back(std::move(open));
+    } else if (auto open = std::dynamic_pointer_cast<LocalOutput>(stream)->publication()) {
+      publications.push_back(std::move(open));
+    }
+  }
+  return publications;
+}
+
 LMRTCLocalUser::OutputStreams LocalUser::streams() const {
   const std::lock_guard lock(mutex_);
   return published_;

@@ -34,6 +34,9 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   /// Stops sending; the stay is over.
   void close();
 
+  /// What is open in the room; of a file that is still being opened, nothing.
+  Publications publications() const;
+
   const std::string& userId() const override { return context_->userId; }
   OutputStreams streams() const override;
 

@@ -103,6 +103,12 @@ RoomMirror::Streams RoomMirror::removeStreams(const Publications& streams) {
   return inputs;
 }
 
+void RoomMirror::addReceived(std::vector<std::shared_ptr<RemoteStream>>& received) const {
+  for (const auto& [publication, stream] : streams_) {
+    if (stream->isSubscribed()) received.push_back(stream);
+  }
+}
+
 std::shared_ptr<LMRTCInputStream> RoomMirror::setEnabled(const Publication& stream, bool enabled) {
   const auto& changed = streams_.at(&stream);
   changed->setEnabled(enabled);

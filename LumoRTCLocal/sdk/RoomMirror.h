@@ -75,6 +75,8 @@ class RoomMirror : public FirstMediaListener, public std::enable_shared_from_thi
                                                     const MediaServer::Member& member);
   /// @return the streams that were removed
   Streams removeStreams(const Publications& streams);
+  /// Adds all streams that are subscribed.
+  void addReceived(std::vector<std::shared_ptr<RemoteStream>>& received) const;
   std::shared_ptr<LMRTCInputStream> setEnabled(const Publication& stream, bool enabled);
 
  private:

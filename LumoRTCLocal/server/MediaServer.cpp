@@ -201,6 +201,16 @@ std::int64_t MediaServer::sendSei(const Member& member, const std::string& sei) 
   return LocalCodeSuccess;
 }
 
+std::optional<Publications> MediaServer::liveVoices(const Member& member) const {
+  const std::lock_guard lock(mutex_);
+  if (!member->room || !member->room->isLive()) return std::nullopt;
+  Publications voices;
+  for (const auto& input : *member->room->mix()->inputs()) {
+    if (!input->isVideo()) voices.push_back(input->publication());
+  }
+  return voices;
+}
+
 std::int64_t MediaServer::admitLocked(const JoinRequest& request, Aftermath& aftermath) {
   if (request.roomId.empty()) return LocalCodeEmptyRoomId;
   if (request.userId.empty()) return LocalCodeEmptyUserId;

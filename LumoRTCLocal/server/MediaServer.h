@@ -102,6 +102,9 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   /// Sends `sei` with the member's default video stream, to those who have subscribed to it.
   std::int64_t sendSei(const Member& member, const std::string& sei);
 
+  /// The sound that enters the live mix of the member's room; nothing in a normal room.
+  std::optional<Publications> liveVoices(const Member& member) const;
+
   // The live mix, for broadcasters of a live room. It exists while somebody publishes; its settings last as
   // long as the room.
 

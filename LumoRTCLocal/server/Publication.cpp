@@ -8,16 +8,10 @@
 namespace lumo {
 namespace {
 
-std::size_t pixels(std::int32_t length) { return static_cast<std::size_t>(length); }
+const LMRTCVideoFrame& measured(const SentPicture& picture) { return picture.frame; }
+const AudioBlock& measured(const AudioBlock& block) { return block; }
 
 }  // namespace
-
-std::size_t sizeOf(const SentPicture& picture) {
-  const std::size_t luma = pixels(picture.frame.width) * pixels(picture.frame.height);
-  return luma + 2 * (pixels(picture.frame.width + 1) / 2) * (pixels(picture.frame.height + 1) / 2);
-}
-
-std::size_t sizeOf(const AudioBlock& block) { return sizeof block.samples; }
 
 std::shared_ptr<Publication> Publication::create(StreamName name, bool enabled,
                                                  std::shared_ptr<AudioSource> audio,
@@ -69,8 +63,13 @@ void Publication::send(const Media& media, std::optional<Microseconds> tick) {
   const auto subscribers = subscribers_.get();
   const auto isMeant = [&](const Subscriber& subscriber) { return isFor(subscriber, media); };
   if (std::ranges::none_of(*subscribers, isMeant)) return;
-  if (!connection_ || connection_->up.isDirect()) return spread(media, *subscribers, tick);
-  if (connection_->network->send(connection_->up, media, weak_from_this(), {})) return;
+  const bool isDirect = !connection_ || connection_->up.isDirect();
+  if (isDirect || connection_->network->send(connection_->up, media, weak_from_this(), {})) {
+    meterOf(media).add(measured(media));
+    if (isDirect) spread(media, *subscribers, tick);
+    return;
+  }
+  meterOf(media).addLost();
   for (const Subscriber& subscriber : *subscribers) {
     if (isMeant(subscriber)) subscriber.receiver->mediaLost();
   }

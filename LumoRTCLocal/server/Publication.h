@@ -14,6 +14,7 @@
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
 #include "LumoRTCLocal/media/Timeline.h"
+#include "LumoRTCLocal/server/MediaMeter.h"
 
 namespace lumo {
 
@@ -39,9 +40,7 @@ struct SentPicture {
   bool tiny = false;  ///< for those who want the small size
 };
 
-/// How many bytes a link carries for it.
-std::size_t sizeOf(const SentPicture& picture);
-std::size_t sizeOf(const AudioBlock& block);
+inline std::size_t sizeOf(const SentPicture& picture) { return sizeOf(picture.frame); }
 
 /// What a published stream is called.
 struct StreamName {
@@ -79,6 +78,10 @@ class Publication : public std::enable_shared_from_this<Publication> {
   }
   bool isTinyWanted() const { return isEnabled() && tinyCount_.load(std::memory_order_relaxed) > 0; }
 
+  /// Measures what leaves the publisher's connection, and what is lost on it.
+  /// @param tiny  the pictures of the small size; false also for sound
+  const std::shared_ptr<MediaMeter>& meter(bool tiny) const { return tiny ? tinyMeter_ : meter_; }
+
   /// Sends one captured picture to those who want the normal size, or the small one.
   void sendVideo(const LMRTCVideoFrame& frame, bool toTiny);
   /// On the audio runner.
@@ -109,6 +112,8 @@ class Publication : public std::enable_shared_from_this<Publication> {
 
   static bool isFor(const Subscriber& subscriber, const SentPicture& picture);
   static bool isFor(const Subscriber& /*subscriber*/, const AudioBlock& /*block*/) { return true; }
+  MediaMeter& meterOf(const SentPicture& picture) const { return *meter(picture.tiny); }
+  MediaMeter& meterOf(const AudioBlock& /*block*/) const { return *meter_; }
   template <class Media>
   void send(const Media& media, std::optional<Microseconds> tick);
   template <class Media>
@@ -129,6 +134,8 @@ class Publication : public std::enable_shared_from_this<Publication> {
   const StreamName name_;
   const std::shared_ptr<AudioSource> audio_;
   const DemandChanged demandChanged_;
+  const std::shared_ptr<MediaMeter> meter_ = std::make_shared<MediaMeter>();
+  const std::shared_ptr<MediaMeter> tinyMeter_ = std::make_shared<MediaMeter>();
   std::shared_ptr<NetworkConnection> connection_;  ///< of the publisher
   std::atomic<bool> enabled_;
   std::atomic<std::size_t> receiverCount_{0};
