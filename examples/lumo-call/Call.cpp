@@ -8,6 +8,7 @@
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWStatsDelegate.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
@@ -15,7 +16,9 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
 #include "LumoRTCLibWrapper/platform/system/MainQueue.h"
+#include "examples/lumo-call/StatsTable.h"
 #include "examples/support/PngImage.h"
+#include "examples/support/Screen.h"
 
 namespace {
 
@@ -65,6 +68,7 @@ Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
     : options_(options),
       local_(std::move(local)),
       delegate_(std::make_shared<LMRTCIWEngineDelegate>()),
+      statsDelegate_(std::make_shared<LMRTCIWStatsDelegate>()),
       meter_(toneFrequencies(options.names.size())),
       ownMeter_({toneFrequency(kLocalSource)}),
       gallery_(options.surface),
@@ -72,6 +76,7 @@ Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
       musicSeconds_(options.music.empty() ? 0 : LMRTCAudioMixer::durationOfAudioFile(options.music)),
       main_(timeline_->makeRunner("main")) {
   log_.fill(*delegate_);
+  stats_.fill(*statsDelegate_, kLocalUserId);
   answerCallbacks();
 }
 
@@ -147,6 +152,7 @@ void Call::stopRecording() {
 void Call::start() {
   engine_ = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
   engine_->setEngineDelegate(delegate_);
+  if (options_.stats || !options_.plot.empty()) engine_->setStatsDelegate(statsDelegate_);
   if (options_.echo > 0) return testEcho();
   begin();
 }
@@ -206,6 +212,9 @@ void Call::bring(std::size_t number) {
     return joined.code;
   });
   if (const auto& participant = participants_[number]) {
+    // What the participants receive is not looked at: it is there for the statistics of what is sent.
+    participant->onAudio([](const auto&, const auto&, auto) {});
+    participant->onVideo([](const auto&, const auto&) {});
     act(name + " publishes microphone and camera",
         [&] { return participant->publish(kLMRTCDefaultStreamTag, LumoRTCLocal::Media::audioAndVideo); });
   }
@@ -252,6 +261,8 @@ void Call::receive(const std::string& userId, std::int64_t mediaType) {
 
 void Call::draw() {
   gallery_.tick();
+  if (const auto report = options_.stats ? stats_.takeSettled() : std::nullopt)
+    Screen::shared().block(statsTable(*report));
   main_->postAt(timeline_->now() + kTick, [this] { draw(); });
 }
 

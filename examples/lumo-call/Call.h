@@ -10,10 +10,12 @@
 #include "examples/lumo-call/Gallery.h"
 #include "examples/lumo-call/LevelMeter.h"
 #include "examples/lumo-call/Options.h"
+#include "examples/lumo-call/StatsReports.h"
 #include "examples/support/CallbackLog.h"
 
 class LMRTCIWEngine;
 struct LMRTCIWEngineDelegate;
+struct LMRTCIWStatsDelegate;
 
 /// One call from the first participant's joining to the destruction of the engine, as a host would program
 /// it: what the engine reports is answered on the main queue, which here is a thread of its own.
@@ -36,6 +38,9 @@ class Call {
   };
   /// How loud each participant arrived.
   std::vector<Heard> heard() const;
+
+  /// The statistics of the call, as far as the options ask for any.
+  std::vector<StatsReport> statsReports() const { return stats_.all(); }
 
   /// What is wrong with the recordings, for people; empty when nothing is.
   const std::string& recordingProblem() const { return recordingProblem_; }
@@ -69,6 +74,8 @@ class Call {
   const CallOptions& options_;
   const std::shared_ptr<LumoRTCLocal> local_;
   const std::shared_ptr<LMRTCIWEngineDelegate> delegate_;
+  const std::shared_ptr<LMRTCIWStatsDelegate> statsDelegate_;
+  StatsReports stats_;
   CallbackLog log_;
   LevelMeter meter_;
   LevelMeter ownMeter_;

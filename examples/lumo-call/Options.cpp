@@ -10,6 +10,8 @@
 #include <optional>
 #include <set>
 
+#include "examples/lumo-call/StatsPlot.h"
+
 namespace {
 
 constexpr ExitCode kWrongOptions{2};
@@ -30,6 +32,10 @@ std::string checkSeconds(const std::string& text) {
   double seconds = 0;
   const bool isInRange = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= kMostSeconds;
   return isInRange ? "" : text + " is not a number of seconds above 0, up to a day";
+}
+
+std::string checkPlot(const std::string& path) {
+  return isPlotPath(path) ? "" : path + " ends neither in .png nor in .svg";
 }
 
 /// The network in the units of the command line.
@@ -74,7 +80,10 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
   CallOptions options;
   NetworkOptions network;
   std::optional<std::size_t> participants;
-  CLI::App app("Calls a few scripted participants, in this process, and shows what happens.", "lumo-call");
+  CLI::App app(
+      "Calls a few scripted participants, in this process, and shows "
+      "what happens.",
+      "lumo-call");
   app.add_option("--participants", participants,
                  "How many others take part (default: 2, or one for each name)")
       ->type_name("N")
@@ -88,7 +97,8 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
   app.add_option("--music", options.music, "Sound file that is mixed into the call")->type_name("FILE");
   app.add_option("--effect", options.effect, "Sound file that is played twice on top")->type_name("FILE");
   app.add_option("--record", options.record,
-                 "Write what the speaker plays (speaker.wav) and what the others hear (microphone.wav)")
+                 "Write what the speaker plays (speaker.wav) and what the "
+                 "others hear (microphone.wav)")
       ->type_name("DIR");
   app.add_flag("--play", options.play, "Play the call on the sound output of this machine");
   app.add_option("--file", options.file, "Media file to publish beside the camera")->type_name("FILE");
@@ -101,6 +111,10 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->transform(CLI::CheckedTransformer(kSurfaces).description(""))
       ->type_name("native|flutter|unity");
   app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
+  app.add_flag("--stats", options.stats, "Show the statistics of all streams while the call lasts");
+  app.add_option("--plot", options.plot, "Draw the statistics over time (PNG or SVG)")
+      ->type_name("FILE")
+      ->check(checkPlot);
   app.add_option("--loss", network.lossPercent, "Packets that the own connection loses, up and down")
       ->type_name("PERCENT")
       ->check(CLI::Range(0.0, kPercent));
@@ -111,7 +125,8 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->type_name("MS")
       ->check(CLI::Range(std::int64_t{0}, kLongestDelayMs));
   app.add_option("--bandwidth", network.kilobits,
-                 "What it carries each way; an uncompressed camera takes 55296 (default: 0, no limit)")
+                 "What it carries each way; an uncompressed camera takes 55296 "
+                 "(default: 0, no limit)")
       ->type_name("KBIT/S")
       ->check(CLI::Range(std::int64_t{0}, kMostKilobits));
   app.add_option("--watermark", options.watermark, "Picture to draw into that of the camera (PNG)")

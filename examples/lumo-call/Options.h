@@ -27,6 +27,8 @@ struct CallOptions {
   double seconds = 5;        ///< above 0
   SurfaceKind surface = SurfaceKind::native;
   bool log = false;
+  bool stats = false;          ///< shows them while the call lasts
+  std::string plot;            ///< where they are drawn over time; empty: nowhere
   lumo::NetworkModel network;  ///< of the local user, in both directions
   std::string watermark;       ///< a PNG file that is drawn into the camera's picture; empty: none
   std::int64_t echo = 0;       ///< seconds that the echo test records before the call; 0: no test

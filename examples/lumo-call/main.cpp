@@ -14,6 +14,7 @@
 #include "LumoRTCLocal/media/MediaFileReader.h"
 #include "examples/lumo-call/Call.h"
 #include "examples/lumo-call/Options.h"
+#include "examples/lumo-call/StatsPlot.h"
 #include "examples/support/ContactSheet.h"
 #include "examples/support/PngImage.h"
 
@@ -50,6 +51,14 @@ std::string writeSheet(const CallOptions& options, const Call& call) {
   return writeContactSheet(options.sheet, pictures);
 }
 
+/// @return what is wrong; empty when all is well
+std::string writePlot(const CallOptions& options, const Call& call) {
+  if (options.plot.empty()) return {};
+  const auto reports = call.statsReports();
+  if (reports.empty()) return options.plot + " is not written: the call was too short for statistics";
+  return writeStatsPlot(options.plot, reports);
+}
+
 /// @return what is wrong with the files that the options name; empty when all is well
 std::string openFiles(const CallOptions& options, LumoRTCLocal& local) {
   if (!options.camera.empty()) {
@@ -81,7 +90,8 @@ int runCall(const CallOptions& options) {
   const bool isAsPlanned = call.run();
   printSummary(call);
   bool isWell = isAsPlanned;
-  for (const std::string& problem : {call.recordingProblem(), writeSheet(options, call)}) {
+  for (const std::string& problem :
+       {call.recordingProblem(), writeSheet(options, call), writePlot(options, call)}) {
     if (problem.empty()) continue;
     std::cerr << "lumo-call: " << problem << '\n';
     isWell = false;

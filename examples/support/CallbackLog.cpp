@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "examples/support/Screen.h"
 
 namespace {
 
@@ -104,7 +105,7 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
 
 void CallbackLog::line(const char* mark, std::string_view what, std::string_view values) const {
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
-  std::string text(mark);
-  text.append(" ").append(what).append(values);
-  std::printf("%8.3f  %s\n", elapsed.count(), text.c_str());
+  std::array<char, 32> time{};
+  std::snprintf(time.data(), time.size(), "%8.3f  ", elapsed.count());
+  Screen::shared().line(std::string(time.data()).append(mark).append(" ").append(what).append(values));
 }

@@ -37,17 +37,12 @@ std::shared_ptr<const UIImage> quarters() {
 std::string quartersIn(const LumoRTCI420Buffer& upright, const LumoRTCI420Buffer& clean,
                        const PixelRect& place) {
   std::string text;
-  for (const std::int32_t row : {1, 3}) {
-    for (const std::int32_t column : {1, 3}) {
-      const std::int32_t x = place.x + place.width * column / 4;
-      const std::int32_t y = place.y + place.height * row / 4;
-      const auto color = colorAt(upright, x, y);
-      text += isNear(color, yuvOf(255, 0, 0))       ? 'R'
-              : isNear(color, yuvOf(0, 255, 0))     ? 'G'
-              : isNear(color, yuvOf(0, 0, 255))     ? 'B'
-              : isNear(color, colorAt(clean, x, y)) ? '.'
-                                                    : '?';
-    }
+  for (const auto& [column, row] : {std::pair(1, 1), {3, 1}, {1, 3}, {3, 3}}) {
+    const std::int32_t x = place.x + place.width * column / 4;
+    const std::int32_t y = place.y + place.height * row / 4;
+    const auto is = [&](const YuvColor& color) { return isNear(color, colorAt(upright, x, y)); };
+    text += is(yuvOf(255, 0, 0)) ? 'R' : is(yuvOf(0, 255, 0)) ? 'G' : is(yuvOf(0, 0, 255)) ? 'B' : '?';
+    if (is(colorAt(clean, x, y))) text.back() = '.';
   }
   return text;
 }
@@ -55,12 +50,11 @@ std::string quartersIn(const LumoRTCI420Buffer& upright, const LumoRTCI420Buffer
 /// How many pixels outside of `place` differ.
 int strays(const LumoRTCI420Buffer& picture, const LumoRTCI420Buffer& clean, const PixelRect& place) {
   int count = 0;
-  for (std::int32_t y = 0; y < picture.height(); ++y) {
-    for (std::int32_t x = 0; x < picture.width(); ++x) {
-      const bool isInside =
-          x >= place.x && x < place.x + place.width && y >= place.y && y < place.y + place.height;
-      if (!isInside && colorAt(picture, x, y) != colorAt(clean, x, y)) ++count;
-    }
+  for (std::int32_t i = 0; i < picture.width() * picture.height(); ++i) {
+    const std::int32_t x = i % picture.width(), y = i / picture.width();
+    const bool isInside =
+        x >= place.x && x < place.x + place.width && y >= place.y && y < place.y + place.height;
+    if (!isInside && colorAt(picture, x, y) != colorAt(clean, x, y)) ++count;
   }
   return count;
 }
