@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
+#include "LumoRTCLibWrapper/platform/system/UIImage.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWFlutterView.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWUnityView.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWView.h"
@@ -40,6 +41,10 @@ struct Observers {
   const std::shared_ptr<LMRTCIWPixelBufferVideoFrameDelegate> pixel =
       std::make_shared<LMRTCIWPixelBufferVideoFrameDelegate>();
 };
+
+std::shared_ptr<const UIImage> whitePixel() {
+  return std::make_shared<UIImage>(UIImage{1, 1, {255, 255, 255, 128}});
+}
 
 class WholeCallTest : public CallTest {};
 
@@ -96,6 +101,7 @@ TEST_F(WholeCallTest, SurfacesAndObserversAllocateOnlyTheRecordsOfTheQueue) {
   engine->setLocalViewWithViewDelegate(texture);
   engine->setRemoteViewWithViewDelegate(queue, "anna");
   engine->setCameraCaptureOrientation(1);
+  engine->setWatermark(whitePixel(), 0.1, 0.1, 0.3);
   std::atomic<std::size_t> calls{0};
   const Observers observers(calls);
   observers.install(*engine, true);
@@ -145,7 +151,11 @@ TEST(RealTimeObserversTest, AreInstalledAndRemovedWhileMediaFlows) {
     auto view = LMRTCIWFlutterView::create();
     observers.install(*engine, true);
     engine->setRemoteViewWithViewDelegate(view, "anna");
+    engine->setWatermark(whitePixel(), 0.1, 0.1, 0.3);
+    engine->startEchoTest(1);
     ASSERT_TRUE(heard.try_acquire_for(20s));
+    engine->removeWatermark();
+    engine->stopEchoTest();
     observers.install(*engine, false);
     engine->setRemoteViewWithViewDelegate(nullptr, "anna");
     view.reset();
