@@ -194,6 +194,18 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentLeavesNothingBehind) {
   EXPECT_EQ((Lines{"published clip 0 "}), takeLines()) << "left in the middle";
 }
 
+TEST_F(FileStreamTest, ALongFilePlaysInConstantMemory) {
+  anna->onAudio({});
+  local->setSpeaker({});  // they keep what they hear
+  const Clip clip{.pictures = 1200, .toneHz = 700, .toneSeconds = 120};
+  start(writeClip(folder, "a.mov", clip), false, true);
+  advance(10s);
+  const std::size_t usedBefore = mallinfo2().uordblks;
+  advance(100s);
+  EXPECT_LT(mallinfo2().uordblks, usedBefore + 16 * 1024);
+  EXPECT_EQ((Lines{"published clip 0 "}), takeLines()) << "it is still being played";
+}
+
 TEST_F(FileStreamTest, BecomingAudienceTakesTheFileOutOfTheRoom) {
   engine->leaveRoom();
   watchAs(local->join("live", "anna", {.role = LumoRTCLocal::Role::audience}).participant);
