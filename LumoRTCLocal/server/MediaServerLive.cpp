@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <unordered_set>
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
@@ -140,18 +141,17 @@ Publications MediaServer::guestsOf(const ServerRoom& room) const {
 void MediaServer::mixGuests(ServerRoom& room, Aftermath& aftermath) {
   if (!room.isLive()) return;
   const Publications guests = guestsOf(room);
-  Publications present;
+  std::unordered_set<std::shared_ptr<Publication>> missing(guests.begin(), guests.end());
   const auto inputs = room.mix()->inputs();
   for (const auto& input : *inputs) {
     const auto& stream = input->publication();
-    present.push_back(stream);
-    if (!input->isGuest() || std::ranges::count(guests, stream) > 0) continue;
+    if (missing.erase(stream) > 0 || !input->isGuest()) continue;
     room.mix()->remove(*stream);
     if (room.mixer().subscriptions.erase(stream) > 0)
       replaceSubscription(room.mixer(), stream, nullptr, aftermath);
   }
   for (const auto& stream : guests) {
-    if (std::ranges::count(present, stream) == 0) room.mix()->add(stream, true);
+    if (missing.contains(stream)) room.mix()->add(stream, true);
   }
   followDemand(room, aftermath);
 }
