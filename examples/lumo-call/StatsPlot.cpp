@@ -43,7 +43,6 @@ constexpr double kTextSize = 13;
 constexpr double kHeight = kTop + kChartStep * std::size(kCharts) + 12;
 constexpr double kMostSteps = 5;  // of an upright axis
 constexpr double kMostTimeSteps = 12;
-constexpr double kHeadroom = 1.05;  // over the highest point
 
 struct Color {
   double red, green, blue;
@@ -158,7 +157,7 @@ class Painter {
     double highest = chart.leastTop;
     for (const StatsReport& report : reports_) {
       for (const StreamFigures& stream : report.streams)
-        highest = std::max(highest, (stream.*chart.figure).value_or(0) * kHeadroom);
+        highest = std::max(highest, (stream.*chart.figure).value_or(0));
     }
     const Axis axis = axisFor(highest, kMostSteps);
     paintGrid(chart, top, axis);
