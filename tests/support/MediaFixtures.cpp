@@ -60,10 +60,7 @@ class OutputFile {
     require(format && avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE) >= 0, "open");
   }
 
-  bool is(const std::string& container) const { return format_->oformat->name == container; }
-  AVCodecID soundCodec() const {
-    return is("ogg") ? AV_CODEC_ID_VORBIS : format_->oformat->audio_codec;  // Ogg's default has no wide use
-  }
+  AVCodecID soundCodec() const { return format_->oformat->audio_codec; }
 
   void write(const Clip& clip, const Sound& sound) {
     if (clip.pictures > 0) openPictures(clip);
@@ -93,14 +90,10 @@ class OutputFile {
   }
 
   void openPictures(const Clip& clip) {
-    // QuickTime has no uncompressed planar pictures.
-    const AVCodecID codec = is("mov")     ? AV_CODEC_ID_FFV1
-                            : is("mjpeg") ? AV_CODEC_ID_MJPEG
-                                          : AV_CODEC_ID_RAWVIDEO;
-    pictures_ = makeEncoder(avcodec_find_encoder(codec), clip.framesPerSecond);
+    pictures_ = makeEncoder(avcodec_find_encoder(AV_CODEC_ID_FFV1), clip.framesPerSecond);
     pictures_->width = kClipWidth;
     pictures_->height = kClipHeight;
-    pictures_->pix_fmt = is("mjpeg") ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
+    pictures_->pix_fmt = AV_PIX_FMT_YUV420P;
     AVStream& stream = addStream(*pictures_);
     stream.avg_frame_rate = {clip.framesPerSecond, 1};
     if (clip.rotation == 0) return;
@@ -109,9 +102,7 @@ class OutputFile {
     av_display_rotation_set(reinterpret_cast<std::int32_t*>(matrix), -clip.rotation);
   }
   void openSound(const Sound& sound) {
-    const bool isVorbis = sound.codec == AV_CODEC_ID_VORBIS;
-    const AVCodec* const codec =
-        isVorbis ? avcodec_find_encoder_by_name("libvorbis") : avcodec_find_encoder(sound.codec);
+    const AVCodec* const codec = avcodec_find_encoder(sound.codec);
     sound_ = makeEncoder(codec, sound.sampleRate);
     sound_->sample_fmt = codec->sample_fmts[0];
     sound_->sample_rate = sound.sampleRate;

@@ -35,8 +35,7 @@ class TempFolder {
 
 std::string readFile(const std::string& path);
 
-/// A media file to make, with uncompressed sound and pictures; those of .mov files are compressed without
-/// loss, those of .mjpeg files are bare JPEG pictures without timestamps.
+/// A media file to make, with uncompressed sound and pictures that are compressed without loss.
 struct Clip {
   std::int32_t framesPerSecond = 10;
   std::int32_t pictures = 10;  ///< 0: no picture stream; each is 64 x 48 in the `clipColor` of its number
@@ -57,7 +56,7 @@ struct Tone {
 };
 
 /// Makes a sound file in 48 kHz stereo, the tones one after another at an amplitude of 0.25, and returns its
-/// path. The extension chooses container and codec: wav, flac, mp3, m4a (AAC) or ogg.
+/// path. The extension chooses container and codec: wav, flac, mp3 or m4a (AAC).
 std::string writeTones(const TempFolder& folder, const std::string& name, const std::vector<Tone>& tones);
 
 /// A picture of one colour.

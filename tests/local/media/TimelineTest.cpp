@@ -64,28 +64,6 @@ TEST_P(RunnerDestructionTest, ATaskMayDestroyItsRunner) {
   EXPECT_EQ(1, dropped.use_count()) << "the waiting task is gone";
 }
 
-TEST_P(RunnerDestructionTest, WhatATaskHoldsMayBeTheLastToOwnTheRunner) {
-  struct Owner {
-    std::unique_ptr<Runner> runner;
-    std::promise<void> done;
-    ~Owner() {
-      runner.reset();
-      done.set_value();
-    }
-  };
-  auto owner = std::make_shared<Owner>();
-  owner->runner = timeline_->makeRunner("owned");
-  auto done = owner->done.get_future();
-  Runner& runner = *owner->runner;
-  std::promise<void> release;
-  runner.post([future = release.get_future().share()] { future.get(); });
-  runner.post([owner] {});
-  owner.reset();
-  release.set_value();
-  timeline_->advance(1us);
-  done.get();
-}
-
 TEST_P(RunnerDestructionTest, WaitsForTheTaskThatRunsOnAnotherThread) {
   auto runner = timeline_->makeRunner("busy");
   std::promise<void> started;
@@ -107,42 +85,6 @@ TEST_P(RunnerDestructionTest, WaitsForTheTaskThatRunsOnAnotherThread) {
 
 INSTANTIATE_TEST_SUITE_P(Timelines, RunnerDestructionTest, testing::Bool(),
                          [](const auto& tested) { return tested.param ? "RealTime" : "Manual"; });
-
-TEST(RealTimelineTest, RunsTasksOneAtATime) {
-  constexpr int kTasks = 200;
-  const auto timeline = Timeline::realTime();
-  std::promise<void> done;
-  int count = 0;  // not atomic: a thread checker would notice two tasks at once
-  const auto runner = timeline->makeRunner("serial");
-  const auto post = [&] {
-    for (int task = 0; task < kTasks; ++task) {
-      runner->post([&] {
-        if (++count == 2 * kTasks) done.set_value();
-      });
-    }
-  };
-  std::thread other(post);
-  post();
-  other.join();
-  done.get_future().get();
-}
-
-TEST(RealTimelineTest, WaitsForTheTimeOfATask) {
-  const auto timeline = Timeline::realTime();
-  const auto runner = timeline->makeRunner("clock");
-  std::promise<Lines> ran;
-  Lines names;
-  const Microseconds goal = timeline->now() + 20ms;
-  runner->postAt(goal, [&] {
-    EXPECT_GE(timeline->now(), goal);
-    names.push_back("late");
-    ran.set_value(names);
-  });
-  runner->postAt(goal - 10ms, [&] { names.push_back("early"); });
-  EXPECT_EQ((Lines{"early", "late"}), ran.get_future().get());
-  EXPECT_FALSE(runner->isCurrent());
-  EXPECT_EQ(0u, timeline->advance(1s));
-}
 
 }  // namespace
 }  // namespace lumo

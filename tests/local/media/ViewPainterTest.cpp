@@ -86,22 +86,5 @@ TEST(ViewPainterTest, FillsTurnsAndMirrors) {
   }
 }
 
-TEST(ViewPainterTest, PaintsEveryPixelOfOddAndEmptyViews) {
-  for (int width = 0; width < 12; ++width) {
-    for (int height = 0; height < 12; ++height) {
-      for (const int rotation : {0, 90}) {
-        Bitmap bitmap{width, height, std::vector<std::uint8_t>(3, 77)};
-        paint(*test::solid(7, 3, kTiles[3].yuv), rotation, 1, true, bitmap);
-        if (width == 0 || height == 0) {
-          EXPECT_EQ(3u, bitmap.bgra.size());
-          continue;
-        }
-        ASSERT_EQ(static_cast<std::size_t>(width * height * 4), bitmap.bgra.size());
-        for (int i = 0; i < width * height; ++i) ASSERT_EQ('W', nameAt(bitmap, i % width, i / width));
-      }
-    }
-  }
-}
-
 }  // namespace
 }  // namespace lumo
