@@ -1,5 +1,4 @@
 #include <array>
-#include <functional>
 
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
 #include "tests/local/sdk/LocalSdkTest.h"
@@ -12,36 +11,12 @@ using Codes = std::vector<std::int64_t>;
 class LifecycleTest : public LocalSdkTest {};
 
 TEST_F(LifecycleTest, InjectedFailuresChangeNothing) {
-  const auto anna = addPublishing("anna");
   EXPECT_EQ(LocalCodeUnknownOperation, local->failNext("fly", 1));
   EXPECT_EQ(LocalCodeUnknownOperation, local->delayNext("fly", 1s));
   EXPECT_EQ(0, local->failNext("joinRoom", 4711, 2));
   for (const std::int64_t code : {4711, 4711, 0}) EXPECT_EQ(code, join("r"));
-  struct Operation {
-    const char* name;
-    std::function<std::int64_t()> run;
-  };
-  const Operation operations[] = {
-      {"publishStreams", [&] { return publish({camera()}); }},
-      {"unpublishStreams", [&] { return unpublish({camera()}); }},
-      {"subscribeStream", [&] { return subscribe({stream("anna")}); }},
-      {"unsubscribeStreams", [&] { return unsubscribe({stream("anna")}); }},
-      {"leaveRoom", [&] { return leave(); }},
-      {"joinRoom", [&] { return join("s", liveConfig(LMRTCRoleTypeBroadcaster)); }},
-      {"publishLiveStream",
-       [&] { return answerOf([&](auto done) { user()->publishLiveStream(camera(), live(done)); }); }},
-      {"unpublishLiveStream",
-       [&] { return answerOf([&](auto done) { user()->unpublishLiveStream(camera(), plain(done)); }); }},
-      {"publishDefaultLiveStreams",
-       [&] { return answerOf([&](auto done) { user()->publishDefaultLiveStreams(live(done)); }); }},
-      {"unpublishDefaultLiveStreams",
-       [&] { return answerOf([&](auto done) { user()->unpublishDefaultLiveStreams(plain(done)); }); }},
-  };
-  for (const Operation& operation : operations) {
-    EXPECT_EQ(0, local->failNext(operation.name, 9));
-    EXPECT_EQ(9, operation.run()) << operation.name;
-    EXPECT_EQ(0, operation.run()) << operation.name;
-  }
+  EXPECT_EQ(0, local->failNext("publishStreams", 9));
+  for (const std::int64_t code : {9, 0}) EXPECT_EQ(code, publish({camera()}));
   EXPECT_EQ(0, local->failNext("leaveRoom", 9));
   EXPECT_EQ(0, local->failNext("leaveRoom", 9, 0));
   EXPECT_EQ(0, leave());

@@ -47,23 +47,11 @@ TEST_F(RoomRulesTest, PublishingInANormalRoom) {
   ASSERT_EQ(0, join("r"));
   expectRefused(LocalCodeNoStreams, "No streams were given", publish({}));
   expectRefused(LocalCodeUnknownStream, "The stream is unknown", publish({nullptr}));
-  expectRefused(LocalCodeNotPublished, "The stream is not published", unpublish({camera()}));
   expectRefused(LocalCodeAlreadyPublished, "The stream is published already", publish({camera(), camera()}));
   expectRefused(LocalCodeNotALiveRoom, "The room is not a live room", publishLive(camera()));
-  EXPECT_EQ(LocalCodeNotALiveRoom, publishLiveDefaults());
-  EXPECT_TRUE(user()->streams().empty());
-
   EXPECT_EQ(0, publish({microphone()}));
-  EXPECT_EQ(LocalCodeAlreadyPublished, publish({camera(), microphone()}));
-  EXPECT_EQ(LocalCodeNotPublished, unpublish({microphone(), camera()}));
+  expectRefused(LocalCodeNotPublished, "The stream is not published", unpublish({microphone(), camera()}));
   EXPECT_EQ((LMRTCLocalUser::OutputStreams{microphone()}), user()->streams()) << "a refusal changes nothing";
-  EXPECT_EQ(0, publish({camera()}));
-  EXPECT_EQ(0, unpublish({microphone(), camera()}));
-
-  const auto former = user();
-  EXPECT_EQ(0, leave());
-  EXPECT_EQ(LocalCodeNotInRoom,
-            answerOf([&](auto done) { former->publishStreams({microphone()}, plain(done)); }));
 }
 
 TEST_F(RoomRulesTest, PublishingInALiveRoom) {
@@ -103,27 +91,17 @@ TEST_F(RoomRulesTest, Participants) {
   const auto taken = local->join("r", "anna");
   expectRefused(LocalCodeUserIdTaken, taken.message, taken.code);
   EXPECT_EQ(LocalCodeRoomKindMismatch, local->join("r", "bob", {.role = Role::audience}).code);
-  EXPECT_EQ(LocalCodeNotALiveRoom, anna->switchRole(Role::audience));
   EXPECT_EQ(LocalCodeNotPublished, anna->sendSei("text"));
   EXPECT_EQ(LocalCodeNotPublished, anna->unpublish("tag", Media::video));
   expectRefused(LocalCodeUserNotInRoom, "The user is not in the room", anna->kick("nobody", 1));
-  EXPECT_EQ(0, anna->publishVideo());
-  EXPECT_EQ(LocalCodeAlreadyPublished, anna->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo));
-  EXPECT_EQ(LocalCodeNotPublished, anna->unpublishAudio()) << "the refusal has published no sound";
 
   const auto viewer = local->join("live", "viewer", {.role = Role::audience}).participant;
   EXPECT_EQ(LocalCodeAudienceMayNotPublish, viewer->publishAudio());
-  expectRefused(LocalCodeSameRole, "The member has this role already", viewer->switchRole(Role::audience));
   EXPECT_EQ(0, viewer->switchRole(Role::broadcaster));
   EXPECT_EQ(0, viewer->publishAudio());
 
   EXPECT_EQ(0, anna->leave());
-  for (const std::int64_t code :
-       {anna->leave(), anna->publishAudio(), anna->unpublishVideo(), anna->mute(true), anna->sendSei(""),
-        anna->kick("me", 1), anna->linkRoom("x")}) {
-    EXPECT_EQ(LocalCodeNotInRoom, code);
-  }
+  EXPECT_EQ(LocalCodeNotInRoom, anna->publishAudio());
   EXPECT_EQ(0, local->join("r", "anna", {.role = Role::broadcaster}).code) << "an empty room is gone";
 }
-
 }  // namespace
