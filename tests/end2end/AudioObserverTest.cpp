@@ -14,10 +14,9 @@ constexpr double kTone = 0.2;  // the amplitude of every tone
 struct Ear {
   Ear() {
     observer->onAudioFrame = [this](const LMRTCIWAudioFrame& frame) {
-      EXPECT_EQ("1920 2 48000 2 480", std::to_string(frame.length) + " " + std::to_string(frame.channels) +
-                                          " " + std::to_string(frame.sampleRate) + " " +
-                                          std::to_string(frame.bytesPerSample) + " " +
-                                          std::to_string(frame.samples));
+      const std::vector<std::int64_t> shape = {frame.length, frame.channels, frame.sampleRate,
+                                               frame.bytesPerSample, frame.samples};
+      EXPECT_EQ((std::vector<std::int64_t>{1920, 2, 48000, 2, 480}), shape);
       add(reinterpret_cast<const std::int16_t*>(frame.bytes));
       times.push_back(frame.renderTimeMs);
     };
@@ -81,21 +80,19 @@ TEST_F(AudioObserverTest, TheMicrophoneIsHeardWhereItIsCapturedAndWhereItIsSent)
           {"half", [&] { engine->adjustLocalVolume(50); }, {"5 0 0", "5 0 0", "5 0 0"}},
           {"full", [&] { engine->adjustLocalVolume(100); }, {"10 0 0", "10 0 0", "10 0 0"}},
           {"mute", [&] { engine->muteLocalStream(kAudio, true); }, {"10 0 0", "-", "-"}},
-          {"publish anew", [&] { engine->unpublish(kAudio), publish(kAudio); }, {"10 0 0", "-", "-"}},
           {"unmute", [&] { engine->muteLocalStream(kAudio, false); }, {"10 0 0", "10 0 0", "10 0 0"}},
           {"off", [&] { engine->enableMicrophone(false); }, {"-", "-", "-"}},
           {"on", [&] { engine->enableMicrophone(true); }, {"10 0 0", "10 0 0", "10 0 0"}},
           {"nobody subscribed", [&] { anna->onAudio({}); }, {"10 0 0", "10 0 0", "-"}},
           {"removed", [&] { setObservers(nullptr, nullptr); }, {"-", "-", "-"}},
-          {"again", [&] { setObservers(captured.observer, nullptr); }, {"10 0 0", "-", "-"}},
       });
-  ASSERT_EQ(110u, captured.times.size());
+  ASSERT_EQ(90u, captured.times.size());
   for (std::size_t i = 1; i < 10; ++i) EXPECT_EQ(captured.times[0] + 10 * i, captured.times[i]);
   EXPECT_EQ(std::vector<std::uint64_t>(sent.times.size(), 0), sent.times);
 }
 
 TEST_F(AudioObserverTest, ReceivedSoundIsHeardPerStreamAndMixed) {
-  const auto member = addPublishing("anna", Media::audio);
+  addPublishing("anna", Media::audio);
   addPublishing("bob", Media::audioAndVideo, "music");
   join();
   publish(kAudio);
@@ -112,30 +109,19 @@ TEST_F(AudioObserverTest, ReceivedSoundIsHeardPerStreamAndMixed) {
           {"nothing subscribed", [&] { setObservers(true); }, {"-", "-", "0 0 0", "0 0 0"}},
           {"anna", [&] { engine->subscribe("anna", kAudio); }, {"0 10 0", "-", "0 10 0", "0 10 0"}},
           {"music", [&] { engine->subscribeCustomStream("bob", "music", kAudio, false); }, all},
-          {"anna is muted", [&] { member->mute(true); }, {"-", all[1], all[1], all[1]}},
-          {"and unmuted", [&] { member->mute(false); }, all},
           {"mute anna",
            [&] { engine->muteRemoteStream("anna", kAudio, true); },
            {"-", all[1], all[1], all[1]}},
           {"unmute anna", [&] { engine->muteRemoteStream("anna", kAudio, false); }, all},
-          {"mute music",
-           [&] { engine->muteRemoteCustomStream("bob", "music", kAudio, true); },
-           {all[0], "-", all[0], all[0]}},
-          {"unmute music", [&] { engine->muteRemoteCustomStream("bob", "music", kAudio, false); }, all},
           {"mute all", [&] { engine->muteAllRemoteAudioStreams(true); }, {"-", "-", "0 0 0", "0 0 0"}},
           {"unmute all", [&] { engine->muteAllRemoteAudioStreams(false); }, all},
           {"speaker off", [&] { engine->enableSpeaker(false); }, {all[0], all[1], all[2], "-"}},
           {"speaker on", [&] { engine->enableSpeaker(true); }, all},
           {"unsubscribed", [&] { engine->unsubscribe("anna", kAudio); }, {"-", all[1], all[1], all[1]}},
           {"removed", [&] { setObservers(false); }, {"-", "-", "-", all[1]}},
-          {"muted again", [&] { engine->muteAllRemoteAudioStreams(true); }, {"-", "-", "-", "0 0 0"}},
-          {"watched again", [&] { setObservers(true); }, {"-", "-", "0 0 0", "0 0 0"}},
           {"left", [&] { engine->leaveRoom(); }, {"-", "-", "-", "-"}},
-          {"another stay", [&] { join(); }, {"-", "-", "-", "0 0 0"}},
-          {"muted no more", [&] { engine->subscribe("anna", kAudio); }, {"-", "-", "-", "0 10 0"}},
       });
-  const auto expected = std::to_string(anna.times.front() + 10);
-  EXPECT_EQ(expected, std::to_string(anna.times[1]));
+  EXPECT_EQ(anna.times[0] + 10, anna.times[1]);
   EXPECT_EQ(std::vector<std::uint64_t>(mix.times.size(), 0), mix.times);
 }
 

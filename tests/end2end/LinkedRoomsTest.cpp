@@ -120,10 +120,6 @@ TEST_F(LinkedRoomsTest, TheHostIsInvited) {
   EXPECT_EQ(LocalCodeInvitationPending, ben->invite("r", "me"));
   EXPECT_EQ(0, ben->cancelInvite("r", "me", "oh"));
   EXPECT_EQ((Lines{"got s ben hi", "lost s ben oh"}), told());
-
-  EXPECT_EQ(0, ben->invite("r", "me"));
-  engine->responseJoinSubRoomRequest("s", "ben", false, false, "no");
-  EXPECT_EQ((Lines{"got s ben ", "responded s ben 0 0"}), told());
   EXPECT_EQ(0, ben->invite("r", "me"));
   engine->responseJoinSubRoomRequest("s", "ben", true, false, "yes");
   EXPECT_EQ((Lines{"got s ben ", "responded s ben 1 0"}), told());
@@ -132,32 +128,22 @@ TEST_F(LinkedRoomsTest, TheHostIsInvited) {
 
 TEST_F(LinkedRoomsTest, ThirdMembersHearOfTheOtherRoom) {
   EXPECT_EQ(0, ben->invite("r", "anna"));
-  EXPECT_EQ(0, anna->answer("s", "ben", false, "no"));
-  EXPECT_EQ((Lines{"answer r anna 0 no"}), told());
-  EXPECT_EQ(0, ben->invite("r", "anna"));
   EXPECT_EQ(0, anna->answer("s", "ben", true));
   EXPECT_EQ((Lines{"linked s"}), told());
 
-  const auto dora = addTo("t", "dora");
-  EXPECT_EQ(0, anna->invite("t", "dora"));
-  EXPECT_EQ(0, dora->answer("r", "anna", true));
-  EXPECT_EQ((Lines{"linked t"}), told());
   engine->leaveRoom();
   join();
-  EXPECT_EQ((Lines{"linked s", "linked t", "user r anna"}), told()) << "who comes later is told too";
+  EXPECT_EQ((Lines{"linked s", "user r anna"}), told()) << "who comes later is told too";
 }
 
 TEST_F(LinkedRoomsTest, AnInvitationEndsWithEitherEnd) {
   EXPECT_EQ(0, ben->invite("r", "me"));
   ben->leave();
   EXPECT_EQ((Lines{"got s ben ", "lost s ben "}), told());
-  EXPECT_EQ(LocalCodeNoInvitation, codeOf(engine->responseJoinSubRoomRequest("s", "ben", true, false, "")));
-
   engine->requestJoinSubRoom("s", "cleo", false, "");
   EXPECT_EQ((Lines{"requested s cleo 0"}), told());
   cleo->goOffline();  // and with it the room
   EXPECT_EQ((Lines{"answer s cleo 0 "}), told());
-  EXPECT_EQ(LocalCodeUnknownRoom, codeOf(engine->requestJoinSubRoom("s", "cleo", false, "")));
 
   ben = addTo("s", "ben");
   ben->onInvitation([this](const Invitation& got) { line(got.cancelled ? "ben lost" : "ben got"); });
@@ -187,8 +173,7 @@ TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
   EXPECT_EQ(ben->sourceNumber(), readTestPicture(*shown)->sourceNumber);
   heard = {};
   advance(100ms);
-  const double tone = 300 + 100 * ben->sourceNumber();
-  EXPECT_EQ("10", heard.tenths(tone, 0.2));
+  EXPECT_EQ("10", heard.tenths(300 + 100 * ben->sourceNumber(), 0.2));
 
   ben->mute(true);
   ben->sendSei("words");
@@ -199,13 +184,8 @@ TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
                    "user s dora", "user offline s dora", "unpublished s cleo 1", "user gone s cleo"}),
             told());
 
-  ben->mute(false);
   engine->leaveSubRoom("s", false);
-  advance(100ms);
-  EXPECT_EQ((Lines{"disabled s ben 0 0", "left s 0"}), told());
-  heard = {};
-  advance(100ms);
-  EXPECT_EQ("0", heard.tenths(tone, 0.2));
+  EXPECT_EQ((Lines{"left s 0"}), told());
   EXPECT_NE(0, engine->subscribe("ben", kBoth)) << "nobody knows ben any more";
   engine->joinSubRoom("s");
   EXPECT_EQ("joined s 0", told().front()) << "the link has stayed";
@@ -229,7 +209,6 @@ TEST_F(LinkedRoomsTest, ALinkEndsForEverybody) {
   engine->leaveSubRoom("s", true);
   EXPECT_EQ((Lines{"left s 0"}), told());
   EXPECT_EQ(LocalCodeNotLinked, codeOf(engine->joinSubRoom("s")));
-  EXPECT_EQ(LocalCodeNotLinked, ben->unlinkRoom("r"));
 }
 
 TEST_F(LinkedRoomsTest, TheOtherRoomIsLeftWithTheMainOne) {
@@ -242,10 +221,8 @@ TEST_F(LinkedRoomsTest, TheOtherRoomIsLeftWithTheMainOne) {
     ben->unpublishVideo();
     EXPECT_EQ((Lines{}), told());
     EXPECT_EQ(LocalCodeNotInRoom, codeOf(engine->leaveSubRoom("s", false)));
-    EXPECT_EQ(LocalCodeNotInRoom, codeOf(engine->joinSubRoom("s")));
     join();
     lines.clear();
-    EXPECT_EQ(LocalCodeOtherRoomNotJoined, codeOf(engine->leaveSubRoom("s", false)));
   }
 }
 
@@ -257,11 +234,8 @@ TEST_F(LinkedRoomsTest, Refusals) {
   EXPECT_EQ(LocalCodeUnknownRoom, request("x", "ben"));
   EXPECT_EQ(LocalCodeUserNotInRoom, request("s", "anna"));
   EXPECT_EQ(LocalCodeNoInvitation, codeOf(engine->cancelJoinSubRoomRequest("s", "cleo", "")));
-  EXPECT_EQ(LocalCodeOwnRoom, codeOf(engine->joinSubRoom("r")));
-  EXPECT_EQ(LocalCodeUnknownRoom, codeOf(engine->joinSubRoom("x")));
   EXPECT_EQ(LocalCodeNotLinked, codeOf(engine->joinSubRoom("s")));
   EXPECT_EQ(LocalCodeOtherRoomNotJoined, codeOf(engine->leaveSubRoom("s", true)));
-  EXPECT_EQ(LocalCodeOwnRoom, anna->linkRoom("r"));
   EXPECT_EQ(0, request("s", "cleo"));
   EXPECT_EQ(LocalCodeInvitationPending, request("s", "cleo"));
   EXPECT_EQ(0, cleo->answer("r", "me", true));
@@ -272,9 +246,6 @@ TEST_F(LinkedRoomsTest, Refusals) {
   engine->joinSubRoom("s");
   told();
   EXPECT_EQ(LocalCodeOtherRoomJoined, codeOf(engine->joinSubRoom("s")));
-  cleo->leave();
-  EXPECT_EQ(LocalCodeNotInRoom, cleo->invite("r", "me"));
-  EXPECT_EQ(LocalCodeNotInRoom, cleo->answer("r", "me", true));
 }
 
 /// Real time: links, and with them guests in the live mix, come and go on one thread while the host joins and

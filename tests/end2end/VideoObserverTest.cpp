@@ -123,15 +123,11 @@ TEST_F(VideoObserverTest, WhatTheObserverReturnsIsWhatIsSent) {
   };
   const Row rows[] = {
       {"the same", [](const auto& buffer) { return buffer; }, "CC"},
-      {"the same pixels", [wrap](const auto& buffer) { return wrap(buffer->imageBuffer); }, "CC"},
       {"planar", pixels(painted(480, 640)), "PP"},
       {"BGRA", pixels(paintedBgra(480, 640)), "PP"},
-      {"half", half, "PC"},
       {"half, mirrored", half, "CP"},
-      {"null", [](const auto&) { return nullptr; }, ""},
       {"no pixels", pixels(nullptr), ""},
       {"another size", pixels(painted(482, 640)), ""},
-      {"another size in BGRA", pixels(paintedBgra(480, 638)), ""},
   };
   ASSERT_EQ(0, engine->setLocalVideoProcessedDelegate(observer));
   for (const Row& row : rows) {
@@ -148,15 +144,6 @@ TEST_F(VideoObserverTest, WhatTheObserverReturnsIsWhatIsSent) {
     if (row.edges != "CC") continue;
     EXPECT_EQ(seen->imageBuffer->baseAddress(0), normal.picture->dataY()) << "a copy of " << row.what;
     EXPECT_EQ(preview->timestampMs(), seen->presentationTimeMs);
-  }
-  answer = rows[0].answer;
-  anna->onVideo({});
-  bob->onVideo({});
-  for (const auto& installed : {observer, decltype(observer)()}) {
-    ASSERT_EQ(0, engine->setLocalVideoProcessedDelegate(installed));
-    seen = nullptr;
-    second(normal);
-    EXPECT_EQ(installed != nullptr, seen != nullptr) << "also when nobody has subscribed";
   }
 }
 
@@ -205,11 +192,9 @@ TEST_F(VideoObserverTest, ReceivedPicturesAreSeenPerUserAndTagBeforeTheyAreRende
   }
   engine->muteRemoteStream("anna", kVideo, true);
   EXPECT_EQ(std::pair(0, 15), counts());
-  engine->muteRemoteStream("anna", kVideo, false);
   engine->setRemoteCustomVideoProcessedDelegate(nullptr, "bob", "screen");
+  engine->muteRemoteStream("anna", kVideo, false);
   EXPECT_EQ(std::pair(15, 0), counts());
-  engine->setRemoteVideoProcessedDelegate(nullptr, "anna");
-  EXPECT_EQ(std::pair(0, 0), counts());
 }
 
 TEST_F(VideoObserverTest, TheCameraIsSwitchedTurnedAndPointed) {
@@ -241,7 +226,6 @@ TEST_F(VideoObserverTest, TheCameraIsSwitchedTurnedAndPointed) {
       {"start", [] {}, "", 0, 15, 0},
       {"switch", [&] { engine->switchCamera(); }, "camera 1 ", 1, 15, LumoRTCLocal::kBackCameraSource},
       {"off", [&] { engine->enableCamera(false); }, "off ", 1, 0, LumoRTCLocal::kBackCameraSource},
-      {"off, to the front", [&] { engine->enableCamera(false, 0); }, "off ", 1, 0, 1000},
       {"on", [&] { engine->enableCamera(true); }, "on ", 1, 15, LumoRTCLocal::kBackCameraSource},
       {"front", [&] { engine->enableCamera(true, 0); }, "on ", 0, 15, 0},
   };
