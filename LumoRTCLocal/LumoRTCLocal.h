@@ -87,6 +87,8 @@ class LumoRTCLocal {
         std::function<void(const std::string& tag, const lumo::AudioBlock& block, lumo::Microseconds)>;
     using VideoSink = std::function<void(const std::string& tag, const LMRTCVideoFrame& frame)>;
 
+    using SeiSink = std::function<void(const std::string& text)>;
+
     /// An invitation to link the participant's room with that of the inviter.
     struct Invitation {
       std::string roomId;  ///< of the inviter
@@ -136,8 +138,11 @@ class LumoRTCLocal {
     virtual std::int64_t enableInnerCdn(bool enabled) = 0;
     /// How its connection behaves from now on.
     virtual void setNetwork(const lumo::NetworkModel& up, const lumo::NetworkModel& down) = 0;
-    /// Sends a text with the camera's pictures: it reaches those who have subscribed to them.
+    /// Sends a text of at most 4096 bytes with the camera's next picture, to those who receive that.
     virtual std::int64_t sendSei(const std::string& text) = 0;
+    /// Hands on the texts that come with the pictures that `onVideo` receives, on the same thread, right
+    /// after the picture. An empty sink ends it.
+    virtual void onSei(SeiSink sink) = 0;
 
     /// Stops publishing and leaves.
     virtual std::int64_t leave() = 0;
@@ -249,7 +254,8 @@ class LumoRTCLocal {
   /// unpublishLiveStream, unpublishDefaultLiveStreams, subscribeStream, unsubscribeStreams,
   /// requestJoinOtherRoom, cancelRequestJoinOtherRoom, responseJoinOtherRoom, joinOtherRoom, leaveOtherRoom,
   /// setMixConfig, addPublishStreamUrl, removePublishStreamUrl, enableInnerCDN, setVideoConfig (of the inner
-  /// CDN stream), switchToBroadcaster, switchToAudienceOnSucceed. A role switch that fails with
+  /// CDN stream), switchToBroadcaster, switchToAudienceOnSucceed, setEnableSEI, startRTCProbeTest,
+  /// stopRTCProbeTest. A role switch that fails with
   /// LocalCodeKicked ends with the local user's removal from the room.
   /// @param times  how many calls; 0 takes an earlier order back
   /// @return LocalCodeUnknownOperation for any other name

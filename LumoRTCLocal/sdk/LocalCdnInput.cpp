@@ -8,7 +8,7 @@
 namespace lumo {
 
 LocalCdnInput::LocalCdnInput(std::shared_ptr<const LocalContext> context, MediaServer::Member member,
-                             const PublicationState& state, std::weak_ptr<FirstMediaListener> listener)
+                             const PublicationState& state, std::weak_ptr<RemoteStreamListener> listener)
     : LocalStream(state.publication->name()),
       RemoteStream(state, std::move(listener)),
       context_(std::move(context)),

@@ -17,7 +17,7 @@ namespace lumo {
 class LocalCdnInput : public LocalStream<LMRTCCDNInputStream>, public RemoteStream {
  public:
   LocalCdnInput(std::shared_ptr<const LocalContext> context, MediaServer::Member member,
-                const PublicationState& state, std::weak_ptr<FirstMediaListener> listener);
+                const PublicationState& state, std::weak_ptr<RemoteStreamListener> listener);
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;

@@ -58,6 +58,12 @@ constexpr CodeText kCodeTexts[] = {
     {LocalCodeNotLinked, "The rooms are not linked"},
     {LocalCodeOtherRoomJoined, "The other room is joined already"},
     {LocalCodeOtherRoomNotJoined, "The other room is not joined"},
+    {LocalCodeSeiNotEnabled, "Sending texts with the video is not enabled"},
+    {LocalCodeSeiTooLong, "The text is too long to go with the video"},
+    {LocalCodeSeiBacklog, "Too many texts wait for the next picture"},
+    {LocalCodeProbeRunning, "A network probe is running already"},
+    {LocalCodeProbeNotRunning, "No network probe is running"},
+    {LocalCodeProbeInterrupted, "The network probe was interrupted"},
     {LocalCodeNotSupported, "Not supported by the in-process media SDK"},
 };
 

@@ -55,6 +55,12 @@ enum LocalCode : std::int64_t {
   LocalCodeNotLinked = 1506,             ///< joining a room that the main room is not linked with
   LocalCodeOtherRoomJoined = 1507,       ///< the other room is joined already
   LocalCodeOtherRoomNotJoined = 1508,    ///< leaving an other room that is not joined
+  LocalCodeSeiNotEnabled = 1601,         ///< texts with the video were not switched on
+  LocalCodeSeiTooLong = 1602,            ///< more than Publication::kLongestSei bytes
+  LocalCodeSeiBacklog = 1603,            ///< Publication::kMostSei texts wait for a picture already
+  LocalCodeProbeRunning = 1701,          ///< one network probe at a time
+  LocalCodeProbeNotRunning = 1702,       ///< there is no network probe to stop
+  LocalCodeProbeInterrupted = 1703,      ///< stopped, or ended by joining a room or the end of the session
   LocalCodeNotSupported = 1901,          ///< LumoRTCLocal does not do this yet
 };
 

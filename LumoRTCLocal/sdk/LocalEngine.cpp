@@ -22,7 +22,9 @@ LocalEngine::LocalEngine(std::shared_ptr<const LocalContext> context, std::share
           std::make_shared<LocalCamera>(context_->userId, pipeline_, std::move(cameras), context_->server)),
       mixer_(std::make_shared<LocalAudioMixer>(context_->sdk, context_->decoding, context_->files)),
       effects_(std::make_shared<LocalAudioEffectManager>(context_->decoding, context_->files)),
-      reporter_(std::make_shared<StatusReporter>(context_)) {}
+      reporter_(std::make_shared<StatusReporter>(context_)),
+      probe_(std::make_shared<NetworkProbe>(context_)),
+      setup_(context_->connection) {}
 
 LocalEngine::~LocalEngine() { unInit(); }
 
@@ -60,20 +62,23 @@ void LocalEngine::unInit() {
   camera_->reset();
   delegate_.set({});
   reporter_->setDelegate({});
+  setup_.disconnect();
+  context_->sdk->post([probe = probe_] { probe->interrupt(); });
   context_->renderGate->close();
 }
 
 void LocalEngine::joinRoom(const std::string& roomId, const LMRTCRoomConfig& config,
                            JoinCompletion completion) {
-  context_->operations->run("joinRoom", [weak = weak_from_this(), roomId, config,
-                                         completion = std::move(completion)](std::int64_t refusal) {
+  const auto enter = [weak = weak_from_this(), roomId, config,
+                      completion = std::move(completion)](std::int64_t refusal) {
     std::int64_t code = refusal;
     std::shared_ptr<LocalRoom> room;
     const auto self = weak.lock();
     if (code == LocalCodeSuccess)
       code = self ? self->enterRoom(roomId, config, room) : LocalCodeNotInitialised;
     if (completion) completion(code, room);
-  });
+  };
+  context_->operations->run("joinRoom", enter, setup_.takeForJoin(context_->timeline->now()));
 }
 
 void LocalEngine::leaveRoom(Completion completion) {
@@ -124,12 +129,30 @@ void LocalEngine::startEchoTest(double seconds) {
   microphone_->setEchoTest(std::make_shared<EchoTest>(context_->speaker, seconds));
 }
 
+void LocalEngine::setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> delegate) {
+  probe_->setDelegate(std::move(delegate));
+}
+
 void LocalEngine::startRTCProbeTest(Completion completion) {
-  context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported); });
+  context_->operations->run("startRTCProbeTest", [weak = weak_from_this(),
+                                                  completion = std::move(completion)](std::int64_t refusal) {
+    std::int64_t code = refusal;
+    if (const auto self = weak.lock(); self && code == LocalCodeSuccess)
+      code = self->mainRoom() ? std::int64_t{LocalCodeAlreadyInRoom} : self->probe_->start();
+    if (completion) completion(code);
+  });
 }
 
 void LocalEngine::stopRTCProbeTest(Completion completion) {
-  context_->sdk->post([completion = std::move(completion)] { completion(LocalCodeNotSupported); });
+  context_->operations->run(
+      "stopRTCProbeTest", [probe = probe_, completion = std::move(completion)](std::int64_t refusal) {
+        const std::int64_t code = refusal != LocalCodeSuccess ? refusal : probe->interrupt();
+        if (completion) completion(code);
+      });
+}
+
+void LocalEngine::preconnectMediaServer() {
+  if (context_->operations->session() != 0) setup_.connectAhead(context_->timeline->now());
 }
 
 std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
@@ -166,6 +189,7 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
     }
   }
   if (joined) {
+    probe_->interrupt();
     reporter_->start(room);
     return LocalCodeSuccess;
   }

@@ -9,11 +9,13 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLocal/sdk/ConnectionSetup.h"
 #include "LumoRTCLocal/sdk/LocalAudioEffectManager.h"
 #include "LumoRTCLocal/sdk/LocalAudioMixer.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalOutputStream.h"
 #include "LumoRTCLocal/sdk/LocalRoom.h"
+#include "LumoRTCLocal/sdk/NetworkProbe.h"
 #include "LumoRTCLocal/sdk/StatusReporter.h"
 
 namespace lumo {
@@ -64,11 +66,12 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   /// Reports come while a room is joined, until the engine is un-initialised.
   void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate) override;
 
-  // Not supported yet: without effect, without a result, or ending with LocalCodeNotSupported.
-  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> /*delegate*/) override {}
+  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> delegate) override;
+  /// Only outside of rooms; see NetworkProbe. Joining a room and un-initialising the engine interrupt it.
   void startRTCProbeTest(Completion completion) override;
   void stopRTCProbeTest(Completion completion) override;
-  void preconnectMediaServer() override {}
+  /// As ConnectionSetup; without effect before the engine is initialised.
+  void preconnectMediaServer() override;
 
  private:
   std::int64_t enterRoom(const std::string& roomId, const LMRTCRoomConfig& config,
@@ -85,6 +88,8 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   const std::shared_ptr<LocalAudioMixer> mixer_;
   const std::shared_ptr<LocalAudioEffectManager> effects_;
   const std::shared_ptr<StatusReporter> reporter_;
+  const std::shared_ptr<NetworkProbe> probe_;
+  ConnectionSetup setup_;
   Cell<std::weak_ptr<LMRTCEngineEventDelegate>> delegate_;
 
   std::mutex mutex_;  ///< guards the room, together with the session it was joined in

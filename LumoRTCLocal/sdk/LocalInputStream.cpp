@@ -14,12 +14,12 @@ std::int64_t resourceStateOf(bool enabled) {
 
 }  // namespace
 
-RemoteStream::RemoteStream(const PublicationState& state, std::weak_ptr<FirstMediaListener> listener)
+RemoteStream::RemoteStream(const PublicationState& state, std::weak_ptr<RemoteStreamListener> listener)
     : publication_(state.publication), listener_(std::move(listener)), enabled_(state.enabled) {}
 
 std::shared_ptr<RemoteStream> RemoteStream::create(const std::shared_ptr<const LocalContext>& context,
                                                    const PublicationState& state,
-                                                   std::weak_ptr<FirstMediaListener> listener) {
+                                                   std::weak_ptr<RemoteStreamListener> listener) {
   const StreamName& name = state.publication->name();
   if (name.mediaType == LMRTCMediaTypeAudio && name.mediaStreamType != LMRTCMediaStreamTypeCustom) {
     return std::make_shared<LocalAudioInput>(context->speaker, state, std::move(listener));
@@ -30,6 +30,10 @@ std::shared_ptr<RemoteStream> RemoteStream::create(const std::shared_ptr<const L
 void RemoteStream::setSubscribed(bool subscribed) {
   if (subscribed_.exchange(subscribed, std::memory_order_relaxed) == subscribed) return;
   firstMediaDue_.store(subscribed, std::memory_order_relaxed);
+}
+
+void RemoteStream::receiveSei(const std::string& text) {
+  if (const auto listener = listener_.lock()) listener->seiArrived(shared_from_this(), text);
 }
 
 void RemoteStream::tellFirstMedia() {
@@ -44,7 +48,7 @@ void ReceivedSound::receive(const AudioBlock& block, Microseconds time) const {
 }
 
 LocalAudioInput::LocalAudioInput(std::shared_ptr<Speaker> speaker, const PublicationState& state,
-                                 std::weak_ptr<FirstMediaListener> listener)
+                                 std::weak_ptr<RemoteStreamListener> listener)
     : LocalStream(state.publication->name()),
       RemoteStream(state, std::move(listener)),
       sound_(std::move(speaker)) {}
@@ -63,7 +67,7 @@ void LocalAudioInput::receiveAudio(const AudioBlock& block, Microseconds time) {
 }
 
 LocalVideoInput::LocalVideoInput(const std::shared_ptr<const LocalContext>& context,
-                                 const PublicationState& state, std::weak_ptr<FirstMediaListener> listener)
+                                 const PublicationState& state, std::weak_ptr<RemoteStreamListener> listener)
     : LocalStream(state.publication->name()),
       RemoteStream(state, std::move(listener)),
       timeline_(context->timeline),

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
 #include "LumoRTCLocal/media/FrameDelivery.h"
@@ -16,23 +17,26 @@ namespace lumo {
 
 class RemoteStream;
 
-/// Hears that the first media of a subscription has come, on a media thread.
-class FirstMediaListener {
+/// Hears what comes beside the media of a subscription, on a media thread.
+class RemoteStreamListener {
  public:
-  virtual ~FirstMediaListener() = default;
+  virtual ~RemoteStreamListener() = default;
+  /// The first media has come.
   virtual void firstMediaArrived(const std::shared_ptr<RemoteStream>& stream) = 0;
+  /// A text has come with a picture.
+  virtual void seiArrived(const std::shared_ptr<RemoteStream>& stream, const std::string& text) = 0;
 };
 
 /// A remote publication as the room's mirror keeps it: the same object for as long as the publication lives.
 /// Any thread.
 class RemoteStream : public MediaReceiver, public std::enable_shared_from_this<RemoteStream> {
  public:
-  RemoteStream(const PublicationState& state, std::weak_ptr<FirstMediaListener> listener);
+  RemoteStream(const PublicationState& state, std::weak_ptr<RemoteStreamListener> listener);
 
   /// A stream of the publication's media type.
   static std::shared_ptr<RemoteStream> create(const std::shared_ptr<const LocalContext>& context,
                                               const PublicationState& state,
-                                              std::weak_ptr<FirstMediaListener> listener);
+                                              std::weak_ptr<RemoteStreamListener> listener);
 
   /// The same object, as the SDK's users see it.
   virtual std::shared_ptr<LMRTCInputStream> input() = 0;
@@ -40,6 +44,7 @@ class RemoteStream : public MediaReceiver, public std::enable_shared_from_this<R
   const std::shared_ptr<Publication>& publication() const { return publication_; }
   /// Begins a subscription, whose first media is told, or ends it. Beginning a running one does nothing.
   void setSubscribed(bool subscribed);
+  void receiveSei(const std::string& text) override;
   void mediaLost() override { meter_->addLost(); }
   /// Measures what arrives, and what is lost on the way.
   const std::shared_ptr<MediaMeter>& meter() const { return meter_; }
@@ -61,7 +66,7 @@ class RemoteStream : public MediaReceiver, public std::enable_shared_from_this<R
 
   const std::shared_ptr<MediaMeter> meter_ = std::make_shared<MediaMeter>();
   const std::shared_ptr<Publication> publication_;
-  const std::weak_ptr<FirstMediaListener> listener_;
+  const std::weak_ptr<RemoteStreamListener> listener_;
   std::atomic<bool> enabled_;
   std::atomic<bool> subscribed_{false};
   std::atomic<bool> firstMediaDue_{false};
@@ -85,7 +90,7 @@ class ReceivedSound {
 class LocalAudioInput : public LocalStream<LMRTCAudioInputStream>, public RemoteStream {
  public:
   LocalAudioInput(std::shared_ptr<Speaker> speaker, const PublicationState& state,
-                  std::weak_ptr<FirstMediaListener> listener);
+                  std::weak_ptr<RemoteStreamListener> listener);
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;
@@ -101,7 +106,7 @@ class LocalAudioInput : public LocalStream<LMRTCAudioInputStream>, public Remote
 class LocalVideoInput : public LocalStream<LMRTCVideoInputStream>, public RemoteStream {
  public:
   LocalVideoInput(const std::shared_ptr<const LocalContext>& context, const PublicationState& state,
-                  std::weak_ptr<FirstMediaListener> listener);
+                  std::weak_ptr<RemoteStreamListener> listener);
 
   std::shared_ptr<LMRTCInputStream> input() override;
   std::int64_t resourceState() const override;

@@ -10,9 +10,14 @@ LocalOtherRoom::LocalOtherRoom(std::shared_ptr<const LocalContext> context, std:
     : roomId_(std::move(roomId)), mirror_(std::make_shared<RoomMirror>(std::move(context))) {}
 
 void LocalOtherRoom::enter(const std::vector<MemberSnapshot>& present) {
-  mirror_->enter(present, [weak = weak_from_this()](const auto& stream, std::int64_t mediaType) {
-    if (const auto self = weak.lock()) self->reportFirstFrame(stream, mediaType);
-  });
+  mirror_->enter(
+      present,
+      [weak = weak_from_this()](const auto& stream, std::int64_t mediaType) {
+        if (const auto self = weak.lock()) self->reportFirstFrame(stream, mediaType);
+      },
+      [weak = weak_from_this()](const std::string& sei, const std::string& userId) {
+        if (const auto self = weak.lock()) self->seiReceived(sei, userId);
+      });
 }
 
 void LocalOtherRoom::close() {

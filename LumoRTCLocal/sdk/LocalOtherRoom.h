@@ -41,7 +41,7 @@ class LocalOtherRoom : public LMRTCOtherRoom,
   void streamsPublished(const std::vector<PublicationState>& streams) override;
   void streamsUnpublished(const Publications& streams) override;
   void streamEnabled(const std::shared_ptr<Publication>& stream, bool enabled) override;
-  void seiReceived(const std::string& sei, const std::string& userId) override;
+  void seiReceived(const std::string& sei, const std::string& userId);
   void reportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream, std::int64_t mediaType);
 
   std::shared_ptr<LMRTCOtherRoomEventDelegate> delegate() const { return delegate_.get().lock(); }

@@ -21,9 +21,14 @@ void LocalRoom::enter(const MediaServer::JoinResult& joined, const LocalUser::Ou
   localUser_.set(std::make_shared<LocalUser>(context_, joined.member, defaults, [weak = weak_from_this()] {
     if (const auto self = weak.lock(); self && self->open_) self->onKicked_(self, std::nullopt);
   }));
-  mirror_->enter(joined.present, [weak = weak_from_this()](const auto& stream, std::int64_t mediaType) {
-    if (const auto self = weak.lock()) self->reportFirstFrame(stream, mediaType);
-  });
+  mirror_->enter(
+      joined.present,
+      [weak = weak_from_this()](const auto& stream, std::int64_t mediaType) {
+        if (const auto self = weak.lock()) self->reportFirstFrame(stream, mediaType);
+      },
+      [weak = weak_from_this()](const std::string& sei, const std::string& userId) {
+        if (const auto self = weak.lock()) self->seiReceived(sei, userId);
+      });
   liveStreams_.set(mirror_->addMixedStreams(joined.liveStreams));
   if (joined.cdnStream) cdnStream_.set(mirror_->addCdnStream(joined.cdnStream, member_));
 }

@@ -79,7 +79,7 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   void cdnStreamPublished(const std::shared_ptr<Publication>& stream) override;
   void cdnStreamUnpublished(const std::shared_ptr<Publication>& stream) override;
   void roleSwitched(const std::string& userId, std::int64_t role) override;
-  void seiReceived(const std::string& sei, const std::string& userId) override;
+  void seiReceived(const std::string& sei, const std::string& userId);
   void kicked(std::int64_t reason) override;
   void reportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream, std::int64_t mediaType);
 

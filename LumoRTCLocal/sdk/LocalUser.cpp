@@ -192,14 +192,16 @@ void LocalUser::responseJoinOtherRoom(const std::string& roomId, const std::stri
       });
 }
 
-void LocalUser::setEnableSEI(bool /*enabled*/, CodeCompletion completion) { refuse(std::move(completion)); }
-
-std::int64_t LocalUser::sendSEI(const std::string& /*sei*/) { return LocalCodeNotSupported; }
-
-void LocalUser::refuse(std::function<void(std::int64_t code)> completion) const {
-  context_->sdk->post([completion = std::move(completion)] {
-    if (completion) completion(LocalCodeNotSupported);
+void LocalUser::setEnableSEI(bool enabled, CodeCompletion completion) {
+  run("setEnableSEI", codeOnly(std::move(completion)), [enabled](LocalUser& self) {
+    self.seiEnabled_ = enabled;
+    return std::int64_t{LocalCodeSuccess};
   });
+}
+
+std::int64_t LocalUser::sendSEI(const std::string& sei) {
+  if (!seiEnabled_) return LocalCodeSeiNotEnabled;
+  return context_->server->sendSei(member_, sei);
 }
 
 template <class Work>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -66,8 +67,9 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   void responseJoinOtherRoom(const std::string& roomId, const std::string& userId, bool agree, bool autoMix,
                              const std::string& extra, CodeCompletion completion) override;
 
-  // Not supported yet: they end with LocalCodeNotSupported.
+  /// For this stay; off at first.
   void setEnableSEI(bool enabled, CodeCompletion completion) override;
+  /// Goes with the next picture of the camera, to those who receive it.
   std::int64_t sendSEI(const std::string& sei) override;
 
  private:
@@ -91,13 +93,13 @@ class LocalUser : public LMRTCLocalUser, public std::enable_shared_from_this<Loc
   void switchRole(std::string_view name, Work work, std::function<void(LocalUser&)> onSucceed,
                   Failed onFailed, Kicked onKicked);
   std::shared_ptr<LMRTCLiveInfo> liveInfo();
-  void refuse(std::function<void(std::int64_t code)> completion) const;
 
   const std::shared_ptr<const LocalContext> context_;
   const MediaServer::Member member_;
   const Outputs defaults_;
   const std::function<void()> kicked_;
 
+  std::atomic<bool> seiEnabled_{false};
   mutable std::mutex mutex_;  ///< guards what follows
   bool open_ = true;
   OutputStreams published_;

@@ -31,6 +31,9 @@ constexpr std::string_view kOperations[] = {
     "setVideoConfig",
     "switchToBroadcaster",
     "switchToAudienceOnSucceed",
+    "setEnableSEI",
+    "startRTCProbeTest",
+    "stopRTCProbeTest",
 };
 
 bool isOperation(std::string_view name) {
@@ -58,9 +61,9 @@ std::uint64_t Operations::session() const {
   return initialised_ ? sessions_ : 0;
 }
 
-void Operations::run(std::string_view name, Work work) {
+void Operations::run(std::string_view name, Work work, Microseconds travel) {
   const Fault fault = take(name);
-  sdk_->postAt(timeline_->now() + fault.delay,
+  sdk_->postAt(timeline_->now() + travel + fault.delay,
                [weak = weak_from_this(), called = session(), code = fault.code, work = std::move(work)] {
                  const auto self = weak.lock();
                  const bool refused = !self || called == 0 || self->session() != called;

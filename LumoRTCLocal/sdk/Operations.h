@@ -31,8 +31,9 @@ class Operations : public std::enable_shared_from_this<Operations> {
   std::uint64_t session() const;
 
   /// Runs `work` once, later.
-  /// @param name  of the operation, for the injected failures
-  void run(std::string_view name, Work work);
+  /// @param name    of the operation, for the injected failures
+  /// @param travel  how long it takes to where it is done
+  void run(std::string_view name, Work work, Microseconds travel = Microseconds(0));
 
   /// As LumoRTCLocal::failNext and LumoRTCLocal::delayNext.
   std::int64_t failNext(const std::string& name, std::int64_t code, std::int32_t times);

@@ -40,7 +40,8 @@ std::shared_ptr<LocalRemoteUser> RoomMirror::findUser(const std::string& userId)
   return found == users_.end() ? nullptr : found->second;
 }
 
-void RoomMirror::enter(const std::vector<MemberSnapshot>& present, FirstMedia onFirstMedia) {
+void RoomMirror::enter(const std::vector<MemberSnapshot>& present, FirstMedia onFirstMedia, Sei onSei) {
+  onSei_ = std::move(onSei);
   onFirstMedia_ = std::move(onFirstMedia);
   for (const MemberSnapshot& member : present) {
     addUser(member.userId);
@@ -122,6 +123,16 @@ void RoomMirror::firstMediaArrived(const std::shared_ptr<RemoteStream>& stream) 
     if (!mirror || !reported || !reported->isSubscribed()) return;
     mirror->onFirstMedia_(reported->input(), reported->publication()->name().mediaType);
   });
+}
+
+void RoomMirror::seiArrived(const std::shared_ptr<RemoteStream>& stream, const std::string& text) {
+  context_->sdk->post(
+      [weakMirror = weak_from_this(), weakStream = std::weak_ptr<RemoteStream>(stream), text] {
+        const auto mirror = weakMirror.lock();
+        const auto carrier = weakStream.lock();
+        if (!mirror || !carrier || !carrier->isSubscribed()) return;
+        mirror->onSei_(text, carrier->publication()->name().userId);
+      });
 }
 
 }  // namespace lumo

@@ -45,12 +45,15 @@ class LocalRemoteUser : public LMRTCRemoteUser {
 
 /// What the SDK's users see of a room on the server: its other members and their streams. It changes on the
 /// SDK's thread only.
-class RoomMirror : public FirstMediaListener, public std::enable_shared_from_this<RoomMirror> {
+class RoomMirror : public RemoteStreamListener, public std::enable_shared_from_this<RoomMirror> {
  public:
   using Streams = std::vector<std::shared_ptr<LMRTCInputStream>>;
   /// Hears, on the SDK's thread, of the first media of each subscription.
   using FirstMedia =
       std::function<void(const std::shared_ptr<LMRTCInputStream>& stream, std::int64_t mediaType)>;
+
+  /// Hears, on the SDK's thread, of the texts that come with the pictures of a user.
+  using Sei = std::function<void(const std::string& sei, const std::string& userId)>;
 
   explicit RoomMirror(std::shared_ptr<const LocalContext> context) : context_(std::move(context)) {}
 
@@ -63,7 +66,7 @@ class RoomMirror : public FirstMediaListener, public std::enable_shared_from_thi
   // SDK thread only; the names are those that the server has told of.
 
   /// Takes over what was there at the join; once.
-  void enter(const std::vector<MemberSnapshot>& present, FirstMedia onFirstMedia);
+  void enter(const std::vector<MemberSnapshot>& present, FirstMedia onFirstMedia, Sei onSei);
   std::shared_ptr<LocalRemoteUser> addUser(const std::string& userId);
   /// @return the user that was removed
   std::shared_ptr<LocalRemoteUser> removeUser(const std::string& userId);
@@ -81,6 +84,7 @@ class RoomMirror : public FirstMediaListener, public std::enable_shared_from_thi
 
  private:
   void firstMediaArrived(const std::shared_ptr<RemoteStream>& stream) override;
+  void seiArrived(const std::shared_ptr<RemoteStream>& stream, const std::string& text) override;
 
   const std::shared_ptr<const LocalContext> context_;
 
@@ -90,6 +94,7 @@ class RoomMirror : public FirstMediaListener, public std::enable_shared_from_thi
 
   // SDK thread only.
   FirstMedia onFirstMedia_;
+  Sei onSei_;
   std::uint64_t arrivalCount_ = 0;
   std::unordered_map<const Publication*, std::shared_ptr<RemoteStream>> streams_;
 };

@@ -191,14 +191,8 @@ std::int64_t MediaServer::sendSei(const Member& member, const std::string& sei) 
   const auto video =
       member->find({member->userId, kLMRTCDefaultStreamTag, LMRTCMediaTypeVideo, LMRTCMediaStreamTypeNormal});
   if (!video) return LocalCodeNotPublished;
-  for (const auto& subscriber : *video->subscribers()) {
-    const ServerMember* const stay = subscriber.member->stayIn(member->room);
-    if (!stay) continue;  // the live mix of a linked room
-    ServerRoom::post(*events_, *stay, [sei, userId = member->userId](RoomObserver& observer) {
-      observer.seiReceived(sei, userId);
-    });
-  }
-  return LocalCodeSuccess;
+  if (sei.size() > Publication::kLongestSei) return LocalCodeSeiTooLong;
+  return video->addSei(sei) ? LocalCodeSuccess : LocalCodeSeiBacklog;
 }
 
 std::optional<Publications> MediaServer::liveVoices(const Member& member) const {

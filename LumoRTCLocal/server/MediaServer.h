@@ -99,7 +99,7 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   /// @param role    LMRTCRoleType
   /// @param config  of the live mix, taken over together with the role; null: none
   std::int64_t switchRole(const Member& member, std::int64_t role, const LMRTCMixConfig* config = nullptr);
-  /// Sends `sei` with the member's default video stream, to those who have subscribed to it.
+  /// Sends `sei` with the next picture of the member's default video stream.
   std::int64_t sendSei(const Member& member, const std::string& sei);
 
   /// The sound that enters the live mix of the member's room; nothing in a normal room.

@@ -28,8 +28,21 @@ Publication::Publication(StreamName name, bool enabled, std::shared_ptr<AudioSou
       enabled_(enabled),
       subscribers_(std::make_shared<const Subscribers>()) {}
 
+bool Publication::addSei(const std::string& text) {
+  const std::lock_guard lock(seiMutex_);
+  const std::array wanted{isNormalWanted(), isTinyWanted()};
+  for (std::size_t size = 0; size < wanted.size(); ++size) {
+    if (wanted[size] && sei_[size].size() >= kMostSei) return false;
+  }
+  for (std::size_t size = 0; size < wanted.size(); ++size) {
+    if (wanted[size]) sei_[size].push_back(text);
+  }
+  hasSei_.store(true, std::memory_order_relaxed);
+  return true;
+}
+
 void Publication::sendVideo(const LMRTCVideoFrame& frame, bool toTiny) {
-  if (isEnabled()) send(SentPicture{frame, toTiny}, std::nullopt);
+  if (isEnabled()) send(SentPicture{frame, takeSei(toTiny), toTiny}, std::nullopt);
 }
 
 void Publication::sendAudio(const AudioBlock& block, Microseconds time) {
@@ -51,6 +64,20 @@ template void Publication::arrived(const AudioBlock&, bool, const std::shared_pt
 bool Publication::reaches(const MediaReceiver& receiver) const {
   const auto subscribers = subscribers_.get();
   return std::ranges::any_of(*subscribers, [&](const auto& to) { return to.receiver.get() == &receiver; });
+}
+
+std::shared_ptr<const SentPicture::Texts> Publication::takeSei(bool tiny) {
+  if (!hasSei_.load(std::memory_order_relaxed)) return nullptr;
+  const std::lock_guard lock(seiMutex_);
+  auto texts = std::exchange(sei_[tiny ? 1 : 0], {});
+  hasSei_.store(!sei_[tiny ? 0 : 1].empty(), std::memory_order_relaxed);
+  return texts.empty() ? nullptr : std::make_shared<const SentPicture::Texts>(std::move(texts));
+}
+
+void Publication::dropUnwantedSei() {
+  const std::lock_guard lock(seiMutex_);
+  if (!isNormalWanted()) sei_[0].clear();
+  if (!isTinyWanted()) sei_[1].clear();
 }
 
 bool Publication::isFor(const Subscriber& subscriber, const SentPicture& picture) {
@@ -92,6 +119,8 @@ void Publication::spread(const Media& media, const Subscribers& subscribers,
 void Publication::deliver(const SentPicture& picture, const Subscriber& subscriber,
                           std::optional<Microseconds> /*tick*/) {
   subscriber.receiver->receiveVideo(picture.frame);
+  if (!picture.texts) return;
+  for (const std::string& text : *picture.texts) subscriber.receiver->receiveSei(text);
 }
 
 void Publication::deliver(const AudioBlock& block, const Subscriber& subscriber,
@@ -107,6 +136,7 @@ std::shared_ptr<const Publication::Subscribers> Publication::setSubscribers(Subs
   receiverCount_.store(subscribers.size(), std::memory_order_relaxed);
   tinyCount_.store(static_cast<std::size_t>(std::ranges::count(subscribers, true, &Subscriber::tiny)),
                    std::memory_order_relaxed);
+  dropUnwantedSei();
   return subscribers_.exchange(std::make_shared<const Subscribers>(std::move(subscribers)));
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,14 +32,19 @@ class MediaReceiver {
   virtual void receiveVideo(const LMRTCVideoFrame& /*frame*/) {}
   /// @param time  of the 10 ms in which the block comes, on the timeline
   virtual void receiveAudio(const AudioBlock& /*block*/, Microseconds /*time*/) {}
+  /// A text that came with a picture, right after that.
+  virtual void receiveSei(const std::string& /*text*/) {}
   /// A picture or a block was lost on its way. Any thread.
   virtual void mediaLost() {}
 };
 
-/// One picture on its way.
+/// One picture on its way, and the texts that go with it.
 struct SentPicture {
+  using Texts = std::vector<std::string>;
+
   LMRTCVideoFrame frame;
-  bool tiny = false;  ///< for those who want the small size
+  std::shared_ptr<const Texts> texts;  ///< null: none
+  bool tiny = false;                   ///< for those who want the small size
 };
 
 inline std::size_t sizeOf(const SentPicture& picture) { return sizeOf(picture.frame); }
@@ -58,6 +65,9 @@ class Publication : public std::enable_shared_from_this<Publication> {
   /// Told when what the receivers want has changed, on any thread, without a lock; it reads the demand
   /// itself, as a later change may have overtaken it.
   using DemandChanged = std::function<void(const std::shared_ptr<Publication>& publication)>;
+
+  static constexpr std::size_t kLongestSei = 4096;  ///< bytes
+  static constexpr std::size_t kMostSei = 16;
 
   /// @param audio          what an audio publication sends; null for video
   /// @param demandChanged  may be empty
@@ -82,6 +92,9 @@ class Publication : public std::enable_shared_from_this<Publication> {
   /// @param tiny  the pictures of the small size; false also for sound
   const std::shared_ptr<MediaMeter>& meter(bool tiny) const { return tiny ? tinyMeter_ : meter_; }
 
+  /// Sends `text` with the next picture of each size that is wanted now.
+  /// @return false: kMostSei texts wait for a picture already
+  bool addSei(const std::string& text);
   /// Sends one captured picture to those who want the normal size, or the small one.
   void sendVideo(const LMRTCVideoFrame& frame, bool toTiny);
   /// On the audio runner.
@@ -110,6 +123,8 @@ class Publication : public std::enable_shared_from_this<Publication> {
 
   Publication(StreamName name, bool enabled, std::shared_ptr<AudioSource> audio, DemandChanged demandChanged);
 
+  std::shared_ptr<const SentPicture::Texts> takeSei(bool tiny);
+  void dropUnwantedSei();
   static bool isFor(const Subscriber& subscriber, const SentPicture& picture);
   static bool isFor(const Subscriber& /*subscriber*/, const AudioBlock& /*block*/) { return true; }
   MediaMeter& meterOf(const SentPicture& picture) const { return *meter(picture.tiny); }
@@ -141,8 +156,11 @@ class Publication : public std::enable_shared_from_this<Publication> {
   std::atomic<std::size_t> receiverCount_{0};
   std::atomic<std::size_t> tinyCount_{0};
   Cell<std::shared_ptr<const Subscribers>>
-      subscribers_;                    ///< replaced as a whole, so that sending copies a pointer
-  ServerMember* publisher_ = nullptr;  ///< null: not open; guarded by the server's lock
+      subscribers_;  ///< replaced as a whole, so that sending copies a pointer
+  std::atomic<bool> hasSei_{false};
+  std::mutex seiMutex_;                    ///< guards the texts
+  std::array<SentPicture::Texts, 2> sei_;  ///< that wait for a picture: of the normal size, of the small one
+  ServerMember* publisher_ = nullptr;      ///< null: not open; guarded by the server's lock
 };
 
 using Publications = std::vector<std::shared_ptr<Publication>>;

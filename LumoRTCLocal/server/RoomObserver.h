@@ -40,8 +40,6 @@ class RoomObserver {
   virtual void cdnStreamPublished(const std::shared_ptr<Publication>& /*stream*/) {}
   virtual void cdnStreamUnpublished(const std::shared_ptr<Publication>& /*stream*/) {}
   virtual void roleSwitched(const std::string& /*userId*/, std::int64_t /*role*/) {}
-  /// A text that came with the video of a member to which this member has subscribed.
-  virtual void seiReceived(const std::string& /*sei*/, const std::string& /*userId*/) {}
   /// The member was removed from the room.
   virtual void kicked(std::int64_t /*reason*/) {}
 };

@@ -28,11 +28,13 @@ std::vector<std::int64_t> mediaTypes(LumoRTCLocal::Media media) {
   return {LMRTCMediaTypeAudio, LMRTCMediaTypeVideo};
 }
 
+using SeiCell = Cell<std::shared_ptr<const LumoRTCLocal::Participant::SeiSink>>;
+
 template <class Sink>
 class TapReceiver : public MediaReceiver {
  public:
-  TapReceiver(std::shared_ptr<const Sink> sink, std::string tag)
-      : sink_(std::move(sink)), tag_(std::move(tag)) {}
+  TapReceiver(std::shared_ptr<const Sink> sink, std::string tag, std::shared_ptr<const SeiCell> sei = {})
+      : sink_(std::move(sink)), tag_(std::move(tag)), sei_(std::move(sei)) {}
 
   void receiveAudio(const AudioBlock& block, Microseconds time) override {
     if constexpr (std::is_invocable_v<Sink, std::string, AudioBlock, Microseconds>)
@@ -42,9 +44,14 @@ class TapReceiver : public MediaReceiver {
     if constexpr (std::is_invocable_v<Sink, std::string, LMRTCVideoFrame>) (*sink_)(tag_, frame);
   }
 
+  void receiveSei(const std::string& text) override {
+    if (const auto sink = sei_ ? sei_->get() : nullptr) (*sink)(text);
+  }
+
  private:
   const std::shared_ptr<const Sink> sink_;
   const std::string tag_;
+  const std::shared_ptr<const SeiCell> sei_;
 };
 
 }  // namespace
@@ -131,8 +138,6 @@ std::int64_t ScriptedParticipant::unpublish(const std::string& tag, Media media)
   return LocalCodeSuccess;
 }
 
-std::int64_t ScriptedParticipant::mute(bool muted) { return mute(kLMRTCDefaultStreamTag, muted); }
-
 std::int64_t ScriptedParticipant::mute(const std::string& tag, bool muted) {
   return setEnabled(tag, LMRTCMediaTypeAudio, !muted);
 }
@@ -171,10 +176,6 @@ std::int64_t ScriptedParticipant::sendSei(const std::string& text) {
   const std::lock_guard lock(mutex_);
   return parts_.server->sendSei(member_, text);
 }
-
-std::int64_t ScriptedParticipant::leave() { return leaveRoom(false); }
-
-std::int64_t ScriptedParticipant::goOffline() { return leaveRoom(true); }
 
 std::int64_t ScriptedParticipant::kick(const std::string& userId, std::int64_t reason) {
   return parts_.server->kick(member_, userId, reason);
@@ -223,22 +224,19 @@ void ScriptedParticipant::onInvitation(InvitationSink sink) {
 
 void ScriptedParticipant::onAudio(AudioSink sink) {
   if (!sink) return receive(LMRTCMediaTypeAudio, nullptr);
-  receive(LMRTCMediaTypeAudio,
-          std::make_shared<const Tap>(Tap{[shared = std::make_shared<const AudioSink>(std::move(sink))](
-                                              const std::string& tag) -> std::shared_ptr<MediaReceiver> {
-                                            return std::make_shared<TapReceiver<AudioSink>>(shared, tag);
-                                          },
-                                          false}));
+  const auto make = [shared = std::make_shared<const AudioSink>(std::move(sink))](const std::string& tag) {
+    return std::make_shared<TapReceiver<AudioSink>>(shared, tag);
+  };
+  receive(LMRTCMediaTypeAudio, std::make_shared<const Tap>(Tap{make, false}));
 }
 
 void ScriptedParticipant::onVideo(VideoSink sink, bool tiny) {
   if (!sink) return receive(LMRTCMediaTypeVideo, nullptr);
-  receive(LMRTCMediaTypeVideo,
-          std::make_shared<const Tap>(Tap{[shared = std::make_shared<const VideoSink>(std::move(sink))](
-                                              const std::string& tag) -> std::shared_ptr<MediaReceiver> {
-                                            return std::make_shared<TapReceiver<VideoSink>>(shared, tag);
-                                          },
-                                          tiny}));
+  const auto make = [shared = std::make_shared<const VideoSink>(std::move(sink)),
+                     sei = sei_](const std::string& tag) {
+    return std::make_shared<TapReceiver<VideoSink>>(shared, tag, sei);
+  };
+  receive(LMRTCMediaTypeVideo, std::make_shared<const Tap>(Tap{make, tiny}));
 }
 
 bool ScriptedParticipant::isInRoom() const { return parts_.server->isPresent(member_); }

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/sdk/CameraPipeline.h"
@@ -65,7 +66,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::int64_t unpublishAudio() override;
   std::int64_t unpublishVideo() override;
   std::int64_t unpublish(const std::string& tag, Media media) override;
-  std::int64_t mute(bool muted) override;
+  std::int64_t mute(bool muted) override { return mute(kLMRTCDefaultStreamTag, muted); }
   std::int64_t mute(const std::string& tag, bool muted) override;
   std::int64_t disableVideo(bool disabled) override;
   std::int64_t disableVideo(const std::string& tag, bool disabled) override;
@@ -76,8 +77,11 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
     connection_->setModels(up, down);
   }
   std::int64_t sendSei(const std::string& text) override;
-  std::int64_t leave() override;
-  std::int64_t goOffline() override;
+  void onSei(SeiSink sink) override {
+    sei_->set(sink ? std::make_shared<const SeiSink>(std::move(sink)) : nullptr);
+  }
+  std::int64_t leave() override { return leaveRoom(false); }
+  std::int64_t goOffline() override { return leaveRoom(true); }
   std::int64_t kick(const std::string& userId, std::int64_t reason) override;
   std::int64_t linkRoom(const std::string& otherRoomId, bool autoMix) override;
   std::int64_t unlinkRoom(const std::string& otherRoomId) override;
@@ -141,6 +145,8 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
 
   const MediaServer::Member member_;
   const std::string userId_;
+  using SeiCell = Cell<std::shared_ptr<const SeiSink>>;
+  const std::shared_ptr<SeiCell> sei_ = std::make_shared<SeiCell>();  ///< shared with the receivers
   const std::shared_ptr<NetworkConnection> connection_;
   Cell<std::shared_ptr<const InvitationSink>> invitations_;
   std::mutex mutex_;  ///< guards what follows; held over calls into the server, which never call back

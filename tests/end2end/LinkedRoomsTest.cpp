@@ -177,6 +177,7 @@ TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeard) {
 
   ben->mute(true);
   ben->sendSei("words");
+  advance(100ms);
   cleo->publishVideo();
   addTo("s", "dora")->goOffline();
   cleo->leave();
