@@ -16,8 +16,9 @@
 
 class LMRTCMixConfig;
 
-/// The in-process media SDK: real pictures and real sound, without devices or a network. A host that is being
-/// developed or tested installs it, uses LMRTCIWEngine as ever and scripts who else is in the room:
+/// The in-process media SDK: real pictures and real sound, without devices and, unless `setNetwork` models
+/// one, without a network. A host that is being developed or tested installs it, uses LMRTCIWEngine as ever
+/// and scripts who else is in the room:
 ///
 ///   const auto local = LumoRTCLocal::install();
 ///   const auto anna = local->join("room", "anna").participant;

@@ -64,7 +64,6 @@ constexpr CodeText kCodeTexts[] = {
     {LocalCodeProbeRunning, "A network probe is running already"},
     {LocalCodeProbeNotRunning, "No network probe is running"},
     {LocalCodeProbeInterrupted, "The network probe was interrupted"},
-    {LocalCodeNotSupported, "Not supported by the in-process media SDK"},
 };
 
 }  // namespace

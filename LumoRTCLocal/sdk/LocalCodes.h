@@ -61,7 +61,6 @@ enum LocalCode : std::int64_t {
   LocalCodeProbeRunning = 1701,          ///< one network probe at a time
   LocalCodeProbeNotRunning = 1702,       ///< there is no network probe to stop
   LocalCodeProbeInterrupted = 1703,      ///< stopped, or ended by joining a room or the end of the session
-  LocalCodeNotSupported = 1901,          ///< LumoRTCLocal does not do this yet
 };
 
 /// How the audio mixer puts the file and the microphone together.
