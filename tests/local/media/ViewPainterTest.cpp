@@ -70,8 +70,7 @@ TEST(ViewPainterTest, FillsTurnsAndMirrors) {
   const Case cases[] = {
       {80, 80, 0, 0, false, "RGBW/RGBW/YCMS/YCMS"},   {80, 80, 0, 1, false, "GGBB/GGBB/CCMM/CCMM"},
       {80, 80, 0, 2, false, "..../RGBW/YCMS/...."},   {120, 40, 0, 2, false, ".GB./.GB./.CM./.CM."},
-      {80, 80, 0, 7, false, "..../RGBW/YCMS/...."},   {40, 20, 0, 0, true, "WBGR/WBGR/SMCY/SMCY"},
-      {80, 80, 0, 1, true, "BBGG/BBGG/MMCC/MMCC"},    {80, 80, 90, 0, false, "YYRR/CCGG/MMBB/SSWW"},
+      {40, 20, 0, 0, true, "WBGR/WBGR/SMCY/SMCY"},    {80, 80, 90, 0, false, "YYRR/CCGG/MMBB/SSWW"},
       {80, 80, 180, 0, false, "SMCY/SMCY/WBGR/WBGR"}, {80, 80, 270, 0, false, "WWSS/BBMM/GGCC/RRYY"},
       {80, 80, 90, 2, false, ".YR./.CG./.MB./.SW."},  {20, 40, 270, 2, true, "SSWW/MMBB/CCGG/YYRR"},
       {81, 79, 270, 1, false, "BBMM/BBMM/GGCC/GGCC"},

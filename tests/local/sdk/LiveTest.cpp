@@ -260,7 +260,6 @@ TEST_F(LiveTest, TheInnerCdnStreamHasItsOwnSizeAndFrameRate) {
   cdn->setIsMute(true);
   EXPECT_EQ(0u, framesInASecond());
   EXPECT_EQ("0 0 0 ", levels());
-  cdn->setIsMute(false);
   EXPECT_EQ(0, enableCdn(false));
   EXPECT_EQ(0u, framesInASecond());
 }
@@ -329,10 +328,6 @@ TEST_F(LiveTest, RoleSwitchesSucceedFailOrEndOutsideTheRoom) {
   local->advance(0us);
   EXPECT_EQ((Trace{"unpublished anna_LumoCloudRTC:a anna_LumoCloudRTC:v of 0", "role 1 anna (in the room)"}),
             takeTrace());
-
-  ASSERT_EQ(0, local->failNext("switchToAudienceOnSucceed", 55));
-  EXPECT_EQ("55", switchTo(LMRTCRoleTypeAudience));
-  EXPECT_EQ(2u, user()->streams().size());
   EXPECT_EQ("succeeded", switchTo(LMRTCRoleTypeAudience));
   EXPECT_TRUE(user()->streams().empty() && room->getLiveStreams().empty());
   EXPECT_EQ(LocalCodeNotABroadcaster, configure(config)) << "an old handle is of no use";

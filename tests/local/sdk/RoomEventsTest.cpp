@@ -48,13 +48,6 @@ TEST_F(RoomEventsTest, ARoomThatIsLeftTellsNothingMore) {
 
   ASSERT_EQ(0, join("r"));
   EXPECT_EQ(0, publish({microphone(), camera()})) << "nothing is published any more";
-  EXPECT_EQ(0, anna->publishAudio());  // the event waits behind the leave, which was called before it is told
-  recorder->onEvent = [this] { engine->leaveRoom({}); };
-  EXPECT_EQ(0, anna->kick("me", 1));
-  local->advance(0us);
-  EXPECT_EQ(0, anna->unpublishAudio());
-  local->advance(0us);
-  EXPECT_EQ((Trace{"published anna_LumoCloudRTC:a of 2", "kicked r 1 in"}), takeTrace());
 }
 
 }  // namespace
