@@ -90,10 +90,12 @@ class OutputFile {
   }
 
   void openPictures(const Clip& clip) {
-    pictures_ = makeEncoder(avcodec_find_encoder(AV_CODEC_ID_FFV1), clip.framesPerSecond);
+    const bool isJpeg = format_->oformat->name == std::string("mjpeg");
+    pictures_ = makeEncoder(avcodec_find_encoder(isJpeg ? AV_CODEC_ID_MJPEG : AV_CODEC_ID_FFV1),
+                            clip.framesPerSecond);
     pictures_->width = kClipWidth;
     pictures_->height = kClipHeight;
-    pictures_->pix_fmt = AV_PIX_FMT_YUV420P;
+    pictures_->pix_fmt = isJpeg ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
     AVStream& stream = addStream(*pictures_);
     stream.avg_frame_rate = {clip.framesPerSecond, 1};
     if (clip.rotation == 0) return;

@@ -35,7 +35,8 @@ class TempFolder {
 
 std::string readFile(const std::string& path);
 
-/// A media file to make, with uncompressed sound and pictures that are compressed without loss.
+/// A media file to make, with uncompressed sound and pictures that are compressed without loss;
+/// those of .mjpeg files are JPEG pictures in the full range.
 struct Clip {
   std::int32_t framesPerSecond = 10;
   std::int32_t pictures = 10;  ///< 0: no picture stream; each is 64 x 48 in the `clipColor` of its number

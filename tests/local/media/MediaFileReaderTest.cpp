@@ -35,6 +35,13 @@ TEST_F(MediaFileReaderTest, SeeksToThePictureShown) {
   }
 }
 
+TEST_F(MediaFileReaderTest, ConvertsColoursOfTheFullRange) {
+  const auto reader = open(writeClip(folder_, "clip.mjpeg", {.pictures = 1}), MediaKind::picture);
+  const YuvColor color = test::colorAt(*reader->nextPicture()->picture, 9, 9);
+  EXPECT_NEAR(16 + test::clipColor(0).y * 219 / 255, color.y, 3);
+  EXPECT_NEAR(128 + (test::clipColor(0).v - 128) * 224 / 255, color.v, 3);
+}
+
 TEST_F(MediaFileReaderTest, TurnsPicturesUpright) {
   for (const auto& [rotation, width, height] : {std::tuple{90, 48, 64}, {180, 64, 48}, {270, 48, 64}}) {
     const auto path = writeClip(folder_, "turned.mov", {.pictures = 2, .rotation = rotation});

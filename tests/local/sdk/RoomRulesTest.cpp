@@ -90,7 +90,6 @@ TEST_F(RoomRulesTest, Participants) {
   const auto anna = add("anna");
   const auto taken = local->join("r", "anna");
   expectRefused(LocalCodeUserIdTaken, taken.message, taken.code);
-  EXPECT_EQ(LocalCodeRoomKindMismatch, local->join("r", "bob", {.role = Role::audience}).code);
   EXPECT_EQ(LocalCodeNotPublished, anna->sendSei("text"));
   EXPECT_EQ(LocalCodeNotPublished, anna->unpublish("tag", Media::video));
   expectRefused(LocalCodeUserNotInRoom, "The user is not in the room", anna->kick("nobody", 1));
