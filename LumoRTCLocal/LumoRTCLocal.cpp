@@ -9,16 +9,16 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLocal/ScriptedParticipant.h"
 #include "LumoRTCLocal/media/CameraInput.h"
 #include "LumoRTCLocal/media/SoundOutput.h"
 #include "LumoRTCLocal/media/TestPicture.h"
 #include "LumoRTCLocal/media/WavWriter.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalContext.h"
 #include "LumoRTCLocal/sdk/LocalEngine.h"
 #include "LumoRTCLocal/sdk/LocalProvider.h"
 #include "LumoRTCLocal/sdk/MachineAddress.h"
-#include "LumoRTCLocal/server/ScriptedParticipant.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace {
 

@@ -28,7 +28,7 @@ class LMRTCMixConfig;
 /// kBackCameraSource when it is switched to the back. The local microphone hears a tone; a tone has 300 Hz
 /// plus 100 Hz times the source number. Captured media is sent while somebody has subscribed to it.
 ///
-/// Result codes are those of LumoRTCLocal/sdk/LocalCodes.h; LMRTCCodeDefine::codeDesc gives their texts.
+/// Result codes are those of LumoRTCLocal/server/LocalCodes.h; LMRTCCodeDefine::codeDesc gives their texts.
 /// Every operation may be called on any thread. Completions and room events come on one SDK thread, pictures
 /// on a render thread per bound stream, sound on one audio thread; at manual pace all of them run inside
 /// `advance`.
@@ -182,8 +182,7 @@ class LumoRTCLocal {
 
     /// Receives the local user's streams of that kind from now on, those published later included, and hands
     /// each block or frame to the sink, on the media thread that sent it (or the network's). An empty sink
-    /// receives nothing more, though one call may still be under way.
-    /// @param tiny  the small size
+    /// receives nothing more, though one call may still be under way. `tiny` means the small size.
     virtual void onAudio(AudioSink sink) = 0;
     virtual void onVideo(VideoSink sink, bool tiny = false) = 0;
   };
@@ -242,8 +241,7 @@ class LumoRTCLocal {
   lumo::Microseconds now() const;
 
   /// Told, on the SDK's thread, of every address to which a live mix cannot be pushed, or no longer. The
-  /// address is dropped then. An empty sink is told nothing.
-  /// @param error  what is wrong, for people
+  /// address is dropped then. An empty sink is told nothing. `error` says what is wrong, for people.
   void setPushFailed(std::function<void(const std::string& address, const std::string& error)> sink);
 
   /// How the local user's connection to the media server behaves from now on, to it and from it; perfect at

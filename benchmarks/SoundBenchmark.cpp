@@ -14,7 +14,7 @@
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/media/AudioFilePlayer.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "benchmarks/AllocationCounter.h"
 #include "tests/support/MediaFixtures.h"
 

@@ -21,7 +21,7 @@
 #include "LumoRTCLibWrapper/views/LMRTCIWFlutterView.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWUnityView.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
-#include "LumoRTCLocal/sdk/FrameWrapper.h"
+#include "LumoRTCLocal/media/FrameWrapper.h"
 #include "benchmarks/AllocationCounter.h"
 #include "benchmarks/TinySdk.h"
 

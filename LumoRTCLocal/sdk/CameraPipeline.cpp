@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "LumoRTCLocal/media/Picture.h"
-#include "LumoRTCLocal/sdk/VideoPresets.h"
+#include "LumoRTCLocal/media/VideoPresets.h"
 
 namespace lumo {
 namespace {

@@ -9,11 +9,11 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
 #include "LumoRTCLocal/media/FrameDelivery.h"
 #include "LumoRTCLocal/media/FramePool.h"
+#include "LumoRTCLocal/media/FrameWrapper.h"
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/media/VideoFormat.h"
 #include "LumoRTCLocal/media/VideoSource.h"
 #include "LumoRTCLocal/media/Watermark.h"
-#include "LumoRTCLocal/sdk/FrameWrapper.h"
 #include "LumoRTCLocal/sdk/SendHook.h"
 #include "LumoRTCLocal/server/Publication.h"
 

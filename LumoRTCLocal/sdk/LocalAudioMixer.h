@@ -11,7 +11,7 @@
 #include "LumoRTCLocal/media/AudioFilePlayer.h"
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 

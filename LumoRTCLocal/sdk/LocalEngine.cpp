@@ -6,9 +6,9 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/media/FileUrl.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/media/VideoPresets.h"
 #include "LumoRTCLocal/sdk/LocalFileStream.h"
-#include "LumoRTCLocal/sdk/VideoPresets.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLocal/sdk/VideoPresets.h"
+#include "LumoRTCLocal/media/VideoPresets.h"
 
 namespace lumo {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLocal/media/VideoPresets.h"
 #include "LumoRTCLocal/sdk/AudioTap.h"
-#include "LumoRTCLocal/sdk/VideoPresets.h"
 
 namespace lumo {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "LumoRTCLocal/media/AudioFilePlayer.h"
 #include "LumoRTCLocal/media/FileUrl.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 

@@ -5,11 +5,11 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalFileStream.h"
 #include "LumoRTCLocal/sdk/LocalInputStream.h"
 #include "LumoRTCLocal/sdk/LocalLiveInfo.h"
 #include "LumoRTCLocal/sdk/LocalOutputStream.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 namespace {

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <vector>
 
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 namespace {

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "LumoRTCLocal/server/MediaServer.h"
 
 // Links between rooms.

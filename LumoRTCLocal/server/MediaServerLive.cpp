@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "LumoRTCLocal/server/MediaServer.h"
 
 // The live mix of live rooms.

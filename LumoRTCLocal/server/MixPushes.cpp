@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 namespace {

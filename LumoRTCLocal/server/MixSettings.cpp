@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStream.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
-#include "LumoRTCLocal/sdk/VideoPresets.h"
+#include "LumoRTCLocal/media/VideoPresets.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 namespace {

@@ -30,7 +30,7 @@ class MediaReceiver {
   virtual ~MediaReceiver() = default;
 
   virtual void receiveVideo(const LMRTCVideoFrame& /*frame*/) {}
-  /// @param time  of the 10 ms in which the block comes, on the timeline
+  /// The time is that of the 10 ms in which the block comes, on the timeline.
   virtual void receiveAudio(const AudioBlock& /*block*/, Microseconds /*time*/) {}
   /// A text that came with a picture, right after that.
   virtual void receiveSei(const std::string& /*text*/) {}

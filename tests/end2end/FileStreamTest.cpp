@@ -5,7 +5,7 @@
 
 #include "LumoRTCLibWrapper/model/LMRTCIWVideoConfig.h"
 #include "LumoRTCLibWrapper/util/LMRTCIWConfigUtility.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "tests/end2end/CallTest.h"
 #include "tests/support/MediaFixtures.h"
 

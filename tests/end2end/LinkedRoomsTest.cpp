@@ -5,8 +5,8 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCCodeDefine.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWView.h"
 #include "LumoRTCLocal/media/TestPicture.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "tests/end2end/CallTest.h"
 #include "tests/support/MediaFixtures.h"
 

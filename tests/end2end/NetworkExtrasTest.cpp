@@ -1,5 +1,5 @@
 #include "LumoRTCLibWrapper/engine/LMRTCIWNetworkProbeDelegate.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "tests/end2end/CallTest.h"
 
 namespace lumo::test {

@@ -8,7 +8,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLocal/media/MediaFileReader.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "tests/end2end/CallTest.h"
 #include "tests/support/MediaFixtures.h"
 

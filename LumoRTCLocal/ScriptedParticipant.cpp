@@ -1,4 +1,4 @@
-#include "LumoRTCLocal/server/ScriptedParticipant.h"
+#include "LumoRTCLocal/ScriptedParticipant.h"
 
 #include <algorithm>
 #include <iterator>
@@ -7,7 +7,7 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/media/TestPicture.h"
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 namespace lumo {
 namespace {

@@ -1,4 +1,4 @@
-#include "LumoRTCLocal/sdk/LocalCodes.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 
 #include <algorithm>
 

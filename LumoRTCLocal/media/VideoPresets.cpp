@@ -1,4 +1,4 @@
-#include "LumoRTCLocal/sdk/VideoPresets.h"
+#include "LumoRTCLocal/media/VideoPresets.h"
 
 #include <algorithm>
 

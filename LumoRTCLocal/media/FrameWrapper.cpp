@@ -1,4 +1,4 @@
-#include "LumoRTCLocal/sdk/FrameWrapper.h"
+#include "LumoRTCLocal/media/FrameWrapper.h"
 
 #include <chrono>
 #include <utility>
