@@ -12,9 +12,9 @@ constexpr std::size_t kEscapeLength = 3;  // %20
 /// The byte that an escape at the start of `text` stands for; -1 when there is none.
 int unescaped(std::string_view text) {
   if (text.size() < kEscapeLength || text.front() != '%') return -1;
-  int value = -1;
+  unsigned value = 0;  // unsigned, as a sign is no digit
   const auto [end, error] = std::from_chars(text.data() + 1, text.data() + kEscapeLength, value, 16);
-  return error == std::errc() && end == text.data() + kEscapeLength ? value : -1;
+  return error == std::errc() && end == text.data() + kEscapeLength ? static_cast<int>(value) : -1;
 }
 
 }  // namespace
