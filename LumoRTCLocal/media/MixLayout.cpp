@@ -44,8 +44,8 @@ void placeSuspended(std::size_t count, std::int32_t width, std::int32_t height,
                     std::vector<PixelRect>& places) {
   places.clear();
   const std::int32_t margin = even(width / kMarginPart);
-  const std::int32_t tileWidth = even((width - (kSmallColumns + 1) * margin) / kSmallPart);
-  const std::int32_t tileHeight = even((height - (kSmallPart + 1) * margin) / kSmallPart);
+  const std::int32_t tileWidth = std::max(even((width - (kSmallColumns + 1) * margin) / kSmallPart), 0);
+  const std::int32_t tileHeight = std::max(even((height - (kSmallPart + 1) * margin) / kSmallPart), 0);
   const auto pictures = static_cast<std::int32_t>(count);
   for (std::int32_t i = 0; i < pictures; ++i) {
     const std::int32_t row = (i - 1) % kSmallPart;

@@ -17,7 +17,8 @@ void placeInGrid(std::size_t count, std::int32_t width, std::int32_t height, std
 
 /// The first picture fills everything. The others, a quarter of the width and of the height each less the
 /// margins between them, stand over it, from the lower right corner upwards, then in further columns to the
-/// left. Those beyond the twelfth do not fit and get an empty place.
+/// left. Those beyond the twelfth do not fit and get an empty place, as do all of them in a picture that is
+/// lower than its margins.
 void placeSuspended(std::size_t count, std::int32_t width, std::int32_t height,
                     std::vector<PixelRect>& places);
 
