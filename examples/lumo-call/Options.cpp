@@ -38,6 +38,12 @@ std::string checkPlot(const std::string& path) {
   return isPlotPath(path) ? "" : path + " ends neither in .png nor in .svg";
 }
 
+std::string checkPercent(const std::string& text) {
+  double percent = 0;
+  const bool isInRange = CLI::detail::lexical_cast(text, percent) && percent >= 0 && percent <= kPercent;
+  return isInRange ? "" : text + " is not a number from 0 to 100";
+}
+
 /// The network in the units of the command line.
 struct NetworkOptions {
   double lossPercent = 0;
@@ -117,7 +123,7 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->check(checkPlot);
   app.add_option("--loss", network.lossPercent, "Packets that the own connection loses, up and down")
       ->type_name("PERCENT")
-      ->check(CLI::Range(0.0, kPercent));
+      ->check(checkPercent);
   app.add_option("--delay", network.delayMs, "How long packets take on it, each way")
       ->type_name("MS")
       ->check(CLI::Range(std::int64_t{0}, kLongestDelayMs));
@@ -136,7 +142,7 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->check(CLI::Range(std::int64_t{1}, kLongestEcho));
   app.add_flag("--log", options.log, "Write the structured log to standard error");
   try {
-    app.parse(argc, argv);
+    app.parse(std::max(argc, 1), argv);  // a process may be started without even its name
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
     return ExitCode{0};

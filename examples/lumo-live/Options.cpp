@@ -1,8 +1,10 @@
 #include "examples/lumo-live/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "LumoRTCLocal/media/StreamWriter.h"
 
@@ -33,7 +35,8 @@ std::string checkAddress(const std::string& text) {
 }
 
 std::string checkFolder(const std::string& text) {
-  return std::filesystem::is_directory(text) ? "" : text + " is not a folder";
+  std::error_code ignored;
+  return std::filesystem::is_directory(text, ignored) ? "" : text + " is not a folder";
 }
 
 }  // namespace
@@ -63,7 +66,7 @@ std::variant<LiveOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->type_name("ID");
   app.add_flag("--log", options.log, "Write the structured log to standard error");
   try {
-    app.parse(argc, argv);
+    app.parse(std::max(argc, 1), argv);  // a process may be started without even its name
     if (options.linkedRoomId == options.roomId)
       throw CLI::ValidationError("--link-room", "a room cannot be linked with itself");
   } catch (const CLI::CallForHelp&) {
