@@ -2,6 +2,7 @@
 
 extern "C" {
 #include <libavdevice/avdevice.h>
+#include <libavutil/common.h>
 #include <libavutil/display.h>
 #include <libavutil/log.h>
 #include <libavutil/mathematics.h>
@@ -204,7 +205,10 @@ bool MediaFileReader::State::readFor(StreamDecoder& decoder) {
   while (!decoder.hasPackets()) {
     Packet packet(av_packet_alloc());
     const int code = av_read_frame(format.get(), packet.get());
-    if (code == AVERROR(EAGAIN)) return false;
+    if (code == AVERROR(EAGAIN)) {
+      if (isLive) return false;
+      continue;  // a file has no more to wait for: the demuxer has only skipped something
+    }
     if (code < 0) {
       isCutOff = code != AVERROR_EOF || endsEarly();
       if (picture) picture->end();
@@ -259,7 +263,7 @@ bool MediaFileReader::State::seekInput(Microseconds time) {
   const Microseconds leadIn = picture ? Microseconds(0) : std::min<Microseconds>(time, 100ms);
   // Rounded down: the nearest tick of a coarse clock may lie beyond the picture that is wanted.
   const std::int64_t tick =
-      av_rescale_q_rnd(start + (time - leadIn).count(), kTicks, stream.time_base, AV_ROUND_DOWN);
+      av_rescale_q_rnd(av_sat_add64(start, (time - leadIn).count()), kTicks, stream.time_base, AV_ROUND_DOWN);
   if (av_seek_frame(format.get(), stream.index, tick, AVSEEK_FLAG_BACKWARD) < 0) return false;
   if (picture) picture->flush();
   if (sound) sound->flush();
