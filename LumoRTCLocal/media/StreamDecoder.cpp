@@ -1,6 +1,7 @@
 #include "LumoRTCLocal/media/StreamDecoder.h"
 
 extern "C" {
+#include <libavutil/common.h>
 #include <libavutil/mathematics.h>
 }
 
@@ -11,6 +12,8 @@ namespace lumo::ffmpeg {
 namespace {
 
 constexpr AVRational kMicroseconds{1, 1'000'000};
+/// As far as times go that a file claims, so that they can be added.
+constexpr std::int64_t kFarthest = std::int64_t{1} << 60;
 
 /// How long the frame lasts, as far as it or the stream says.
 Microseconds durationOf(const AVFrame& frame, const AVStream& stream) {
@@ -18,7 +21,8 @@ Microseconds durationOf(const AVFrame& frame, const AVStream& stream) {
     return Microseconds(av_rescale(frame.nb_samples, 1'000'000, frame.sample_rate));
   }
   if (frame.pkt_duration > 0)
-    return Microseconds(av_rescale_q(frame.pkt_duration, stream.time_base, kMicroseconds));
+    return Microseconds(std::clamp(av_rescale_q(frame.pkt_duration, stream.time_base, kMicroseconds),
+                                   std::int64_t{0}, kFarthest));
   if (stream.avg_frame_rate.num <= 0) return Microseconds(40'000);
   return Microseconds(av_rescale_q(1, av_inv_q(stream.avg_frame_rate), kMicroseconds));
 }
@@ -40,14 +44,15 @@ StreamDecoder::StreamDecoder(const AVStream& stream, std::int64_t fileStart, Cod
 
 void StreamDecoder::add(Packet packet) {
   const std::int64_t time = packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts;
-  if (time != AV_NOPTS_VALUE) packetsEnd_ = std::max(packetsEnd_, sinceStart(time + packet->duration));
+  if (time != AV_NOPTS_VALUE)
+    packetsEnd_ = std::max(packetsEnd_, sinceStart(av_sat_add64(time, packet->duration)));
   packets_.push_back(std::move(packet));
 }
 
 std::optional<Microseconds> StreamDecoder::announcedLength() const {
   if (stream_->duration <= 0) return std::nullopt;  // AV_NOPTS_VALUE is below 0
   const std::int64_t start = stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
-  return sinceStart(start + stream_->duration);
+  return sinceStart(av_sat_add64(start, stream_->duration));
 }
 
 void StreamDecoder::flush() {
@@ -98,7 +103,8 @@ void StreamDecoder::setTimestamp() {
 }
 
 Microseconds StreamDecoder::sinceStart(std::int64_t time) const {
-  return Microseconds(av_rescale_q(time, stream_->time_base, kMicroseconds) - fileStart_);
+  const std::int64_t microseconds = av_rescale_q(time, stream_->time_base, kMicroseconds);
+  return Microseconds(std::clamp(av_sat_sub64(microseconds, fileStart_), -kFarthest, kFarthest));
 }
 
 }  // namespace lumo::ffmpeg
