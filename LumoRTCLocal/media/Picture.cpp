@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::uint8_t kBlackY = 16;
 constexpr std::uint8_t kNeutralChroma = 128;
+constexpr std::int32_t kMostShrinking = 16;  // of each side, in one go
 
 std::int32_t even(std::int32_t value) { return value & ~1; }
 
@@ -74,6 +75,14 @@ PixelRect aspectFit(std::int32_t width, std::int32_t height, std::int32_t outerW
 }
 
 void drawScaled(const I420View& from, LumoRTCI420Buffer& to, const PixelRect& rect) {
+  // The averages of libyuv get darker with the number of pixels that fall together, and black beyond 65536.
+  const std::int64_t pixels = std::int64_t{from.width} * from.height;
+  if (pixels > std::int64_t{rect.width} * rect.height * kMostShrinking * kMostShrinking) {
+    thread_local FramePool pool;
+    const auto between = scaled(from, std::min(from.width, rect.width * kMostShrinking),
+                                std::min(from.height, rect.height * kMostShrinking), pool);
+    return drawScaled(viewOf(*between), to, rect);
+  }
   libyuv::I420Scale(from.y, from.strideY, from.u, from.strideU, from.v, from.strideV, from.width, from.height,
                     to.mutableDataY() + rect.y * to.strideY() + rect.x, to.strideY(),
                     to.mutableDataU() + rect.y / 2 * to.strideU() + rect.x / 2, to.strideU(),
