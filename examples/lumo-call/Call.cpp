@@ -8,8 +8,10 @@
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineDelegate.h"
+#include "LumoRTCLibWrapper/engine/LMRTCIWNetworkProbeDelegate.h"
 #include "LumoRTCLibWrapper/engine/LMRTCIWStatsDelegate.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWNetworkProbeStats.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
@@ -69,6 +71,7 @@ Call::Call(const CallOptions& options, std::shared_ptr<LumoRTCLocal> local)
       local_(std::move(local)),
       delegate_(std::make_shared<LMRTCIWEngineDelegate>()),
       statsDelegate_(std::make_shared<LMRTCIWStatsDelegate>()),
+      probeDelegate_(std::make_shared<LMRTCIWNetworkProbeDelegate>()),
       meter_(toneFrequencies(options.names.size())),
       ownMeter_({toneFrequency(kLocalSource)}),
       gallery_(options.surface),
@@ -131,6 +134,9 @@ void Call::answerCallbacks() {
     due = seconds + kSecondsPerLine;
     log_.progress("onAudioMixingProgressReported", static_cast<double>(seconds), musicSeconds_);
   };
+  follow(delegate_->onSeiEnabled, [this](bool enabled, std::int64_t, const std::string&) {
+    if (enabled) at(0.3, [this] { sendText(); });
+  });
   follow(delegate_->onRoomLeft, [this](std::int64_t code, const std::string&) { end(code == 0); });
 }
 
@@ -154,7 +160,7 @@ void Call::start() {
   engine_->setEngineDelegate(delegate_);
   if (options_.stats || !options_.plot.empty()) engine_->setStatsDelegate(statsDelegate_);
   if (options_.echo > 0) return testEcho();
-  begin();
+  probe();
 }
 
 void Call::testEcho() {
@@ -166,8 +172,27 @@ void Call::testEcho() {
     std::snprintf(heard.data(), heard.size(), "the echo of the microphone came at %.2f of full scale",
                   ownMeter_.levels().front().highest);
     log_.action(heard.data());
-    begin();
+    probe();
   });
+}
+
+void Call::probe() {
+  if (!options_.probe) return begin();
+  const auto print = [this](const char* direction) {
+    return [this, direction](const LMRTCIWNetworkProbeStats& stats) {
+      std::array<char, 96> text{};
+      std::snprintf(text.data(), text.size(), "probe, %s: level %d, round trip %d ms, loss %.1f %%",
+                    direction, static_cast<int>(stats.qualityLevel), static_cast<int>(stats.rtt),
+                    static_cast<double>(stats.packetLostRate) * 100);
+      log_.action(text.data());
+    };
+  };
+  probeDelegate_->onNetworkProbeUpLinkStats = print("up");
+  probeDelegate_->onNetworkProbeDownLinkStats = print("down");
+  probeDelegate_->onNetworkProbeFinished = [this](std::int64_t, const std::string&) {
+    lumo::MainQueue::async([this] { begin(); });
+  };
+  act("startNetworkProbe", [this] { return engine_->startNetworkProbe(probeDelegate_); });
 }
 
 void Call::begin() {
@@ -215,6 +240,8 @@ void Call::bring(std::size_t number) {
     // What the participants receive is not looked at: it is there for the statistics of what is sent.
     participant->onAudio([](const auto&, const auto&, auto) {});
     participant->onVideo([](const auto&, const auto&) {});
+    participant->onSei(
+        [this, name](const std::string& text) { log_.action(name + " gets the text: " + text); });
     act(name + " publishes microphone and camera",
         [&] { return participant->publish(kLMRTCDefaultStreamTag, LumoRTCLocal::Media::audioAndVideo); });
   }
@@ -227,6 +254,7 @@ void Call::enterRoom() {
       [this] { return engine_->setLocalViewWithViewDelegate(gallery_.surfaceOf(kLocalUserId).view()); });
   if (!options_.file.empty()) publishFile();
   if (!options_.watermark.empty()) setWatermark();
+  if (!options_.sei.empty()) act("enableSei", [this] { return engine_->enableSei(true); });
   gallery_.layout();
   playSounds();
 }
@@ -245,6 +273,12 @@ void Call::setWatermark() {
   act("setWatermark image=" + options_.watermark, [this] {
     return engine_->setWatermark(readPng(options_.watermark), kWatermarkX, kWatermarkY, kWatermarkZoom);
   });
+}
+
+void Call::sendText() {
+  act("sendSei " + options_.sei, [this] { return engine_->sendSei(options_.sei); });
+  for (const auto& participant : participants_)
+    if (participant) participant->sendSei(participant->userId() + " has read: " + options_.sei);
 }
 
 void Call::receive(const std::string& userId, std::int64_t mediaType) {

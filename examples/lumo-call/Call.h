@@ -15,6 +15,7 @@
 
 class LMRTCIWEngine;
 struct LMRTCIWEngineDelegate;
+struct LMRTCIWNetworkProbeDelegate;
 struct LMRTCIWStatsDelegate;
 
 /// One call from the first participant's joining to the destruction of the engine, as a host would program
@@ -51,12 +52,14 @@ class Call {
   void answerCallbacks();
   void start();
   void testEcho();
+  void probe();
   void begin();
   void planScript();
   void bring(std::size_t number);
   void enterRoom();
   void publishFile();
   void setWatermark();
+  void sendText();
   void receive(const std::string& userId, std::int64_t mediaType);
   void playSounds();
   void stopRecording();
@@ -75,6 +78,7 @@ class Call {
   const std::shared_ptr<LumoRTCLocal> local_;
   const std::shared_ptr<LMRTCIWEngineDelegate> delegate_;
   const std::shared_ptr<LMRTCIWStatsDelegate> statsDelegate_;
+  const std::shared_ptr<LMRTCIWNetworkProbeDelegate> probeDelegate_;
   StatsReports stats_;
   CallbackLog log_;
   LevelMeter meter_;

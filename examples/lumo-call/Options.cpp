@@ -137,6 +137,8 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->check(CLI::Range(std::int64_t{0}, kMostKilobits));
   app.add_option("--watermark", options.watermark, "Picture to draw into that of the camera (PNG)")
       ->type_name("FILE");
+  app.add_option("--sei", options.sei, "Send this text with the pictures of the camera")->type_name("TEXT");
+  app.add_flag("--probe", options.probe, "Before the call, probe the network for five seconds");
   app.add_option("--echo", options.echo, "Before the call, record the microphone that long and play it back")
       ->type_name("SECONDS")
       ->check(CLI::Range(std::int64_t{1}, kLongestEcho));

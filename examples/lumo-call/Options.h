@@ -31,6 +31,8 @@ struct CallOptions {
   std::string plot;            ///< where they are drawn over time; empty: nowhere
   lumo::NetworkModel network;  ///< of the local user, in both directions
   std::string watermark;       ///< a PNG file that is drawn into the camera's picture; empty: none
+  std::string sei;             ///< a text to send with the camera's pictures; empty: none
+  bool probe = false;          ///< probes the network before the call
   std::int64_t echo = 0;       ///< seconds that the echo test records before the call; 0: no test
 };
 

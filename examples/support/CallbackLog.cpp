@@ -99,6 +99,8 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
   print(d.onLocalLiveMixInnerCdnVideoFpsSet, "onLocalLiveMixInnerCdnVideoFpsSet", {"code", "message"});
   print(d.onLiveRoleSwitched, "onLiveRoleSwitched", {"role", "code", "message"});
   print(d.onWatermarkSet, "onWatermarkSet", {"code", "message"});
+  print(d.onNetworkProbeStarted, "onNetworkProbeStarted", {"code", "message"});
+  print(d.onSeiEnabled, "onSeiEnabled", {"enabled", "code", "message"});
   print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
   print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
 }
