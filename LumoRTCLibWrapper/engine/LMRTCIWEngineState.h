@@ -36,7 +36,7 @@ class LMRTCIWEngineState {
   using View = std::shared_ptr<LMRTCIWViewDelegate>;
 
   /// The host's listener; weak.
-  std::shared_ptr<LMRTCIWEngineDelegate> engineDelegate() const { return engineDelegate_.get().lock(); }
+  std::shared_ptr<LMRTCIWEngineDelegate> engineDelegate() const { return engineDelegate_.get(); }
   void setEngineDelegate(const std::shared_ptr<LMRTCIWEngineDelegate>& value) { engineDelegate_.set(value); }
 
   /// What the engine was created with.
@@ -44,11 +44,11 @@ class LMRTCIWEngineState {
   void setIwEngineSetup(std::shared_ptr<LMRTCIWEngineSetup> value) { iwEngineSetup_.set(std::move(value)); }
 
   /// The SDK's engine; weak.
-  std::shared_ptr<LMRTCEngine> rtcEngine() const { return rtcEngine_.get().lock(); }
+  std::shared_ptr<LMRTCEngine> rtcEngine() const { return rtcEngine_.get(); }
   void setRtcEngine(const std::shared_ptr<LMRTCEngine>& value) { rtcEngine_.set(value); }
 
   /// The joined main room; weak, so null once the SDK has released it after leaving.
-  std::shared_ptr<LMRTCRoom> room() const { return room_.get().lock(); }
+  std::shared_ptr<LMRTCRoom> room() const { return room_.get(); }
   void setRoom(const std::shared_ptr<LMRTCRoom>& value) { room_.set(value); }
 
   /// The setup of the last join.
@@ -60,11 +60,11 @@ class LMRTCIWEngineState {
   void setLiveInfo(std::shared_ptr<LMRTCLiveInfo> value) { liveInfo_.set(std::move(value)); }
 
   /// The views bound to the camera, the live mix and the inner CDN stream; weak.
-  View iwLocalVideoView() const { return iwLocalVideoView_.get().lock(); }
+  View iwLocalVideoView() const { return iwLocalVideoView_.get(); }
   void setIwLocalVideoView(const View& value) { iwLocalVideoView_.set(value); }
-  View iwLiveMixVideoView() const { return iwLiveMixVideoView_.get().lock(); }
+  View iwLiveMixVideoView() const { return iwLiveMixVideoView_.get(); }
   void setIwLiveMixVideoView(const View& value) { iwLiveMixVideoView_.set(value); }
-  View iwLiveMixInnerCdnVideoView() const { return iwLiveMixInnerCdnVideoView_.get().lock(); }
+  View iwLiveMixInnerCdnVideoView() const { return iwLiveMixInnerCdnVideoView_.get(); }
   void setIwLiveMixInnerCdnVideoView(const View& value) { iwLiveMixInnerCdnVideoView_.set(value); }
 
   /// Views by user id.
@@ -94,34 +94,32 @@ class LMRTCIWEngineState {
   void setSubs(TextMap<std::shared_ptr<LMRTCOtherRoom>> value) { subs_.set(std::move(value)); }
 
   /// Single observers; weak.
-  std::shared_ptr<LMRTCIWStatsDelegate> statsDelegate_() const { return statsObserver_.get().lock(); }
+  std::shared_ptr<LMRTCIWStatsDelegate> statsDelegate_() const { return statsObserver_.get(); }
   void setStatsDelegate_(const std::shared_ptr<LMRTCIWStatsDelegate>& value) { statsObserver_.set(value); }
-  std::shared_ptr<LMRTCIWNetworkProbeDelegate> probeTestDelegate_() const {
-    return probeTestObserver_.get().lock();
-  }
+  std::shared_ptr<LMRTCIWNetworkProbeDelegate> probeTestDelegate_() const { return probeTestObserver_.get(); }
   void setProbeTestDelegate_(const std::shared_ptr<LMRTCIWNetworkProbeDelegate>& value) {
     probeTestObserver_.set(value);
   }
   std::shared_ptr<LMRTCIWAudioFrameDelegate> localAudioCapturedDelegate_() const {
-    return localAudioCapturedObserver_.get().lock();
+    return localAudioCapturedObserver_.get();
   }
   void setLocalAudioCapturedDelegate_(const std::shared_ptr<LMRTCIWAudioFrameDelegate>& value) {
     localAudioCapturedObserver_.set(value);
   }
   std::shared_ptr<LMRTCIWAudioFrameDelegate> localAudioMixedDelegate_() const {
-    return localAudioMixedObserver_.get().lock();
+    return localAudioMixedObserver_.get();
   }
   void setLocalAudioMixedDelegate_(const std::shared_ptr<LMRTCIWAudioFrameDelegate>& value) {
     localAudioMixedObserver_.set(value);
   }
   std::shared_ptr<LMRTCIWAudioFrameDelegate> remoteAudioMixedDelegate_() const {
-    return remoteAudioMixedObserver_.get().lock();
+    return remoteAudioMixedObserver_.get();
   }
   void setRemoteAudioMixedDelegate_(const std::shared_ptr<LMRTCIWAudioFrameDelegate>& value) {
     remoteAudioMixedObserver_.set(value);
   }
   std::shared_ptr<LMRTCIWSampleBufferVideoFrameDelegate> localVideoProcessedDelegate_() const {
-    return localVideoProcessedObserver_.get().lock();
+    return localVideoProcessedObserver_.get();
   }
   void setLocalVideoProcessedDelegate_(const std::shared_ptr<LMRTCIWSampleBufferVideoFrameDelegate>& value) {
     localVideoProcessedObserver_.set(value);
@@ -183,21 +181,19 @@ class LMRTCIWEngineState {
   LMRTCIWEngineState() = default;
   ~LMRTCIWEngineState() = default;
 
-  template <class T>
-  using WeakCell = lumo::Cell<std::weak_ptr<T>>;
   template <class Value>
   using TextMapCell = lumo::LockedMap<std::string, Value>;
 
-  WeakCell<LMRTCIWEngineDelegate> engineDelegate_;
+  lumo::WeakCell<LMRTCIWEngineDelegate> engineDelegate_;
   lumo::Cell<std::shared_ptr<LMRTCIWEngineSetup>> iwEngineSetup_;
-  WeakCell<LMRTCEngine> rtcEngine_;
-  WeakCell<LMRTCRoom> room_;
+  lumo::WeakCell<LMRTCEngine> rtcEngine_;
+  lumo::WeakCell<LMRTCRoom> room_;
   lumo::Cell<std::shared_ptr<LMRTCIWRoomSetup>> iwRoomSetup_;
   lumo::Cell<std::shared_ptr<LMRTCLiveInfo>> liveInfo_;
 
-  WeakCell<LMRTCIWViewDelegate> iwLocalVideoView_;
-  WeakCell<LMRTCIWViewDelegate> iwLiveMixVideoView_;
-  WeakCell<LMRTCIWViewDelegate> iwLiveMixInnerCdnVideoView_;
+  lumo::WeakCell<LMRTCIWViewDelegate> iwLocalVideoView_;
+  lumo::WeakCell<LMRTCIWViewDelegate> iwLiveMixVideoView_;
+  lumo::WeakCell<LMRTCIWViewDelegate> iwLiveMixInnerCdnVideoView_;
   TextMapCell<View> remoteVideoViewDict_;
   TextMapCell<View> localCustomViews_;
   TextMapCell<View> remoteCustomViews_;
@@ -206,12 +202,12 @@ class LMRTCIWEngineState {
   TextMapCell<std::shared_ptr<LMRTCIWCustomStream>> customStreams_;
   TextMapCell<std::shared_ptr<LMRTCOtherRoom>> subs_;
 
-  WeakCell<LMRTCIWStatsDelegate> statsObserver_;
-  WeakCell<LMRTCIWNetworkProbeDelegate> probeTestObserver_;
-  WeakCell<LMRTCIWAudioFrameDelegate> localAudioCapturedObserver_;
-  WeakCell<LMRTCIWAudioFrameDelegate> localAudioMixedObserver_;
-  WeakCell<LMRTCIWAudioFrameDelegate> remoteAudioMixedObserver_;
-  WeakCell<LMRTCIWSampleBufferVideoFrameDelegate> localVideoProcessedObserver_;
+  lumo::WeakCell<LMRTCIWStatsDelegate> statsObserver_;
+  lumo::WeakCell<LMRTCIWNetworkProbeDelegate> probeTestObserver_;
+  lumo::WeakCell<LMRTCIWAudioFrameDelegate> localAudioCapturedObserver_;
+  lumo::WeakCell<LMRTCIWAudioFrameDelegate> localAudioMixedObserver_;
+  lumo::WeakCell<LMRTCIWAudioFrameDelegate> remoteAudioMixedObserver_;
+  lumo::WeakCell<LMRTCIWSampleBufferVideoFrameDelegate> localVideoProcessedObserver_;
   TextMapCell<std::shared_ptr<LMRTCIWAudioFrameDelegate>> remoteAudioReceivedDelegates_;
   TextMapCell<std::shared_ptr<LMRTCIWPixelBufferVideoFrameDelegate>> remoteVideoProcessedDelegates_;
   TextMapCell<std::shared_ptr<LMRTCIWSampleBufferVideoFrameDelegate>> localCustomVideoProcessedDelegates_;

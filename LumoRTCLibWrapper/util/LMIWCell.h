@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -30,6 +31,26 @@ class Cell {
  private:
   mutable std::mutex mutex_;
   T value_{};
+};
+
+/// An object held weakly that threads share. It reads as null once the object is gone, but never because
+/// another thread puts a living object in the place of one that it drops then.
+template <class T>
+class WeakCell {
+ public:
+  std::shared_ptr<T> get() const {
+    const std::lock_guard lock(mutex_);
+    return value_.lock();
+  }
+
+  void set(std::weak_ptr<T> value) {
+    const std::lock_guard lock(mutex_);
+    value_.swap(value);
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::weak_ptr<T> value_;
 };
 
 }  // namespace lumo
