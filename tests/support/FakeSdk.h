@@ -66,7 +66,16 @@ class Counted {
 struct Context {
   using Completion = std::function<void(std::int64_t code)>;
 
-  const std::shared_ptr<Trace> trace = std::make_shared<Trace>();
+  /// @param calls  null: nothing is written down
+  explicit Context(std::shared_ptr<Trace> calls = std::make_shared<Trace>()) : trace(std::move(calls)) {}
+  virtual ~Context() = default;
+  /// Keeps a completion until the test asks for it.
+  virtual void owe(Completion completion) {
+    const std::lock_guard lock(mutex);
+    owed.push_back(std::move(completion));
+  }
+
+  const std::shared_ptr<Trace> trace;
   std::mutex mutex;  ///< guards `owed`
   std::deque<Completion> owed;
 };
@@ -144,6 +153,7 @@ class Fake : public Base, Counted {
  protected:
   template <class... Values>
   void say(Text what, const Values&... values) const {
+    if (!context->trace) return;
     std::string line = prefix_ + what;
     ((line += " " + word(values)), ...);
     context->trace->add(line);
@@ -152,8 +162,7 @@ class Fake : public Base, Counted {
   template <class Done, class... Values>
   void ask(Done done, Text what, const Values&... values) const {
     say(what, values...);
-    const std::lock_guard lock(context->mutex);
-    context->owed.push_back([done = std::move(done)](Int code) {
+    context->owe([done = std::move(done)](Int code) {
       if constexpr (std::is_invocable_v<const Done&, bool, Int>) {
         done(code == 0, code);
       } else {
@@ -551,7 +560,9 @@ class Provider : public LMRTCProvider {
   using Target = std::uint8_t*;
   using Stride = std::int32_t;
 
-  const Shared context = std::make_shared<Context>();
+  explicit Provider(Shared shared = std::make_shared<Context>()) : context(std::move(shared)) {}
+
+  const Shared context;
   const std::shared_ptr<Engine> engine = std::make_shared<Engine>(context);
   const std::shared_ptr<Mixer> mixer = std::make_shared<Mixer>(context, "mixer");
 
