@@ -235,9 +235,12 @@ void LMRTCIWEngineBase::replayLiveMix(const LMRTCRoom& joined, const LMRTCIWRoom
     LMIMIWLog::result(LMRTCWrapperCodeSuccess, "joinRoom", "callback:%@, code:%@, role:%@,setup:%@",
                       {callback, LMRTCWrapperCodeSuccess, LMRTCIWRoleLiveAudience, setup});
   };
-  if (const auto callback = listener(&LMRTCIWEngineDelegate::onRemoteLiveMixPublished)) {
+  if (listener(&LMRTCIWEngineDelegate::onRemoteLiveMixPublished)) {
     const auto streams = joined.getLiveStreams();
     parseInPutStream(streams, [&](bool, const std::string&, const std::string&, std::int64_t mediaType) {
+      // Anew for each, because the one before may have destroyed the engine or replaced the listener.
+      const auto callback = listener(&LMRTCIWEngineDelegate::onRemoteLiveMixPublished);
+      if (!callback) return;
       logResult("onRemoteLiveMixPublished");
       (*callback)(mediaType);
     });
