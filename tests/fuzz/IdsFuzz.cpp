@@ -22,17 +22,14 @@ std::string part(const lumo::Describable auto&) { return {}; }
 
 /// Writes each report down: the number of its callback in LMRTCIWStatsDelegate, then ids and level.
 void record(LMRTCIWStatsDelegate& listener, Lines& lines) {
-  auto& [net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember] = listener;
-  const auto set = [&lines](auto&... callbacks) {
-    int number = 0;
-    const auto make = [&lines](int name) {
-      return [&lines, name](const auto&... values) {
-        lines.push_back((std::to_string(name) + ... + part(values)));
-      };
+  const auto set = [&lines, number = 0](auto& callback) mutable {
+    callback = [&lines, name = std::to_string(number++)](const auto&... values) {
+      lines.push_back((name + ... + part(values)));
     };
-    ((callbacks = make(number++)), ...);
   };
-  set(net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember);
+  auto& [net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember] = listener;
+  const auto setAll = [](auto each, auto&... callbacks) { (each(callbacks), ...); };
+  setAll(set, net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember);
 }
 
 /// The line that a stream's report should make; empty where none.
