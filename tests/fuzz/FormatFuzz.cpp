@@ -23,7 +23,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
       std::to_string(number),  std::to_string(count), digits, list[0], "(" + list[0] + ", " + list[1] + ")",
       maybe.value_or("(null)")};
   const std::vector<std::string> placeholders = {"%@", "%zd", "%ld", "%d"};
-  const std::vector<std::string> copied = {"%x", "%z ", "%l", "%-", "d@", ":"};
+  const std::vector<std::string> copied = {"%x", "%z ", "%l ", "%-", "d@", ":"};
   std::string format, expected = "before ", line = expected;
   for (std::size_t used = 0; !input.isEmpty();) {
     const auto piece = input.take<std::uint8_t>();
