@@ -44,7 +44,7 @@ class LMRTCIWFlutterView : public lumo::FrameSurface<std::weak_ptr>,
 
   /// The host's listener; weak.
   std::shared_ptr<LMRTCIWFlutterViewDelegate> textureViewDelegate() const {
-    return textureViewDelegate_.get().lock();
+    return textureViewDelegate_.get();
   }
   void setTextureViewDelegate(const std::shared_ptr<LMRTCIWFlutterViewDelegate>& delegate) {
     textureViewDelegate_.set(delegate);
@@ -79,7 +79,7 @@ class LMRTCIWFlutterView : public lumo::FrameSurface<std::weak_ptr>,
   void announce(std::int32_t width, std::int32_t height);
   void announceOnMainQueue();
 
-  lumo::Cell<std::weak_ptr<LMRTCIWFlutterViewDelegate>> textureViewDelegate_;
+  lumo::WeakCell<LMRTCIWFlutterViewDelegate> textureViewDelegate_;
 
   mutable std::mutex mutex_;  ///< guards the three below; not held while a frame is converted
   CVPixelBufferRef pixelBufferRef_;

@@ -165,7 +165,7 @@ std::int64_t LocalEngine::enterRoom(const std::string& roomId, const LMRTCRoomCo
   const auto otherRooms = std::make_shared<LocalOtherRooms>(
       context_, [weak = weak_from_this()]() -> std::shared_ptr<LMRTCEngineEventDelegate> {
         const auto self = weak.lock();
-        return self ? self->delegate_.get().lock() : nullptr;
+        return self ? self->delegate_.get() : nullptr;
       });
   const auto room = std::make_shared<LocalRoom>(
       context_, roomId, otherRooms,
@@ -214,8 +214,7 @@ std::shared_ptr<LocalRoom> LocalEngine::mainRoom() {
 }
 
 void LocalEngine::roomKicked(const std::shared_ptr<LocalRoom>& room, std::optional<std::int64_t> reason) {
-  if (const auto delegate = delegate_.get().lock(); delegate && reason)
-    delegate->didKicked(room->roomId(), *reason);
+  if (const auto delegate = delegate_.get(); delegate && reason) delegate->didKicked(room->roomId(), *reason);
   {
     const std::lock_guard lock(mutex_);
     if (room_ != room) return;  // the delegate has un-initialised the engine

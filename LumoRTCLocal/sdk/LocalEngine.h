@@ -90,7 +90,7 @@ class LocalEngine : public LMRTCEngine, public std::enable_shared_from_this<Loca
   const std::shared_ptr<StatusReporter> reporter_;
   const std::shared_ptr<NetworkProbe> probe_;
   ConnectionSetup setup_;
-  Cell<std::weak_ptr<LMRTCEngineEventDelegate>> delegate_;
+  WeakCell<LMRTCEngineEventDelegate> delegate_;
 
   std::mutex mutex_;  ///< guards the room, together with the session it was joined in
   std::shared_ptr<LocalRoom> room_;

@@ -110,7 +110,7 @@ void LocalVideoInput::receiveAudio(const AudioBlock& block, Microseconds time) {
 }
 
 void LocalVideoInput::showDelegate(const LMRTCVideoFrame& frame) {
-  const auto delegate = delegate_.get().lock();
+  const auto delegate = delegate_.get();
   if (!delegate) return;
   delegate->willRenderCVPixelBufferRef(CVPixelBuffer::wrap(frame.rtcVideoFrame->buffer->toI420()),
                                        {shared_from_this(), this});

@@ -123,7 +123,7 @@ class LocalVideoInput : public LocalStream<LMRTCVideoInputStream>, public Remote
   const std::shared_ptr<Timeline> timeline_;
   const std::shared_ptr<const CallbackGate> renderGate_;
   ReceivedSound sound_;
-  Cell<std::weak_ptr<LMRTCVideoInputStreamDelegate>> delegate_;
+  WeakCell<LMRTCVideoInputStreamDelegate> delegate_;
   mutable std::mutex mutex_;                 ///< guards the pointer
   std::shared_ptr<FrameDelivery> delivery_;  ///< made when the first view is bound
 };

@@ -44,12 +44,12 @@ class LocalOtherRoom : public LMRTCOtherRoom,
   void seiReceived(const std::string& sei, const std::string& userId);
   void reportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream, std::int64_t mediaType);
 
-  std::shared_ptr<LMRTCOtherRoomEventDelegate> delegate() const { return delegate_.get().lock(); }
+  std::shared_ptr<LMRTCOtherRoomEventDelegate> delegate() const { return delegate_.get(); }
 
   const std::string roomId_;
   const std::shared_ptr<RoomMirror> mirror_;
   std::atomic<bool> open_{true};  ///< events of a room that is closed are dropped
-  Cell<std::weak_ptr<LMRTCOtherRoomEventDelegate>> delegate_;
+  WeakCell<LMRTCOtherRoomEventDelegate> delegate_;
 };
 
 }  // namespace lumo

@@ -46,7 +46,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
     }
     if (const auto test = echoTest_.get()) test->take(block_);
     hasSound_ = files_->publish(block_, time) || isCaptured;
-    const auto target = target_.get().lock();
+    const auto target = target_.get();
     const bool isSent = hasSound_ && target && target->isEnabled();
     if (isSent) sendTap_.deliver(block_, time);
     if (isSent && !target->isWanted()) target->meter(false)->hear(block_);  // else it is measured when sent
@@ -72,7 +72,7 @@ class LocalMicrophone::Capture : public AudioSource, public AudioTickListener {
   const std::shared_ptr<FilePlayback> files_;
   std::atomic<std::uint64_t> volume_{kFullVolume};
   std::atomic<bool> enabled_{true};
-  Cell<std::weak_ptr<Publication>> target_;  ///< what is sent; weak, as it owns the capture
+  WeakCell<Publication> target_;  ///< what is sent; weak, as it owns the capture
   Cell<std::shared_ptr<EchoTest>> echoTest_;
   AudioTap recordTap_;
   AudioTap sendTap_;

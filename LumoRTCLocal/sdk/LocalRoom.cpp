@@ -161,6 +161,6 @@ void LocalRoom::reportFirstFrame(const std::shared_ptr<LMRTCInputStream>& stream
   if (const auto target = delegate()) target->didReportFirstFrame(stream, mediaType);
 }
 
-std::shared_ptr<LMRTCRoomEventDelegate> LocalRoom::delegate() const { return delegate_.get().lock(); }
+std::shared_ptr<LMRTCRoomEventDelegate> LocalRoom::delegate() const { return delegate_.get(); }
 
 }  // namespace lumo

@@ -93,7 +93,7 @@ class LocalRoom : public LMRTCRoom, public RoomObserver, public std::enable_shar
   std::string sessionId_;         ///< set by `enter`
   MediaServer::Member member_;    ///< set by `enter`
   std::atomic<bool> open_{true};  ///< events of a room that is closed are dropped
-  Cell<std::weak_ptr<LMRTCRoomEventDelegate>> delegate_;
+  WeakCell<LMRTCRoomEventDelegate> delegate_;
   Cell<std::shared_ptr<LocalUser>> localUser_;
   Cell<RoomMirror::Streams> liveStreams_;
   Cell<std::shared_ptr<LMRTCCDNInputStream>> cdnStream_;

@@ -49,7 +49,7 @@ std::int64_t NetworkProbe::start() {
 
 std::int64_t NetworkProbe::interrupt() {
   if (!std::exchange(running_, false)) return LocalCodeProbeNotRunning;
-  if (const auto delegate = delegate_.get().lock()) delegate->didRTCProbeInterrput(LocalCodeProbeInterrupted);
+  if (const auto delegate = delegate_.get()) delegate->didRTCProbeInterrput(LocalCodeProbeInterrupted);
   return LocalCodeSuccess;
 }
 
@@ -59,7 +59,7 @@ void NetworkProbe::step(std::int64_t packet) {
   if (!running_) return;  // the delegate has ended it
   if (packet == kSeconds * kPacketsPerSecond) {
     running_ = false;
-    if (const auto delegate = delegate_.get().lock()) delegate->didRTCProbeComplete();
+    if (const auto delegate = delegate_.get()) delegate->didRTCProbeComplete();
     return;
   }
   sendUp();
@@ -95,7 +95,7 @@ void NetworkProbe::report() {
   up_ = down_ = {};
   returned_ = 0;
   roundTrips_ = Microseconds(0);
-  if (const auto delegate = delegate_.get().lock()) delegate->didReportProbeForms(forms);
+  if (const auto delegate = delegate_.get()) delegate->didReportProbeForms(forms);
 }
 
 LMRTCProbeForm NetworkProbe::makeForm(std::int64_t direction, const Direction& link) const {

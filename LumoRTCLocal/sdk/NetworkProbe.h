@@ -49,7 +49,7 @@ class NetworkProbe : public std::enable_shared_from_this<NetworkProbe> {
   void at(Microseconds time, Work work);
 
   const std::shared_ptr<const LocalContext> context_;
-  Cell<std::weak_ptr<LMRTCProbeTestDelegate>> delegate_;
+  WeakCell<LMRTCProbeTestDelegate> delegate_;
 
   // SDK thread only.
   bool running_ = false;

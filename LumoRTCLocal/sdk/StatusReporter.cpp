@@ -47,7 +47,7 @@ void StatusReporter::begin() {
   ++run_;
   const Microseconds interval = interval_;
   const auto room = room_.lock();
-  if (interval <= Microseconds(0) || !room || !room->isOpen() || delegate_.get().expired()) return;
+  if (interval <= Microseconds(0) || !room || !room->isOpen() || !delegate_.get()) return;
   ++reports_;
   lastTime_ = context_->timeline->now();
   makeForm(*room);  // what came before counts for no report
@@ -59,7 +59,7 @@ void StatusReporter::schedule(Microseconds interval, Microseconds time) {
     const auto self = weak.lock();
     if (!self || run != self->run_) return;
     const auto room = self->room_.lock();
-    const auto delegate = self->delegate_.get().lock();
+    const auto delegate = self->delegate_.get();
     if (!room || !room->isOpen() || !delegate) return;
     self->schedule(interval, std::max(time + interval, self->context_->timeline->now()));
     self->report(*room, *delegate);

@@ -49,7 +49,7 @@ class StatusReporter : public std::enable_shared_from_this<StatusReporter> {
   double perSecond(std::int64_t number) const;
 
   const std::shared_ptr<const LocalContext> context_;
-  Cell<std::weak_ptr<LMRTCStatusReportDelegate>> delegate_;
+  WeakCell<LMRTCStatusReportDelegate> delegate_;
   std::atomic<Microseconds> interval_{Microseconds(0)};
 
   // SDK thread only.
