@@ -63,7 +63,9 @@ void LocalEngine::unInit() {
   delegate_.set({});
   reporter_->setDelegate({});
   setup_.disconnect();
-  context_->sdk->post([probe = probe_] { probe->interrupt(); });
+  context_->sdk->post([weak = std::weak_ptr(probe_)] {
+    if (const auto probe = weak.lock()) probe->interrupt();
+  });
   context_->renderGate->close();
 }
 
@@ -144,11 +146,12 @@ void LocalEngine::startRTCProbeTest(Completion completion) {
 }
 
 void LocalEngine::stopRTCProbeTest(Completion completion) {
-  context_->operations->run(
-      "stopRTCProbeTest", [probe = probe_, completion = std::move(completion)](std::int64_t refusal) {
-        const std::int64_t code = refusal != LocalCodeSuccess ? refusal : probe->interrupt();
-        if (completion) completion(code);
-      });
+  context_->operations->run("stopRTCProbeTest", [weak = weak_from_this(),
+                                                 completion = std::move(completion)](std::int64_t refusal) {
+    std::int64_t code = refusal;
+    if (const auto self = weak.lock(); self && code == LocalCodeSuccess) code = self->probe_->interrupt();
+    if (completion) completion(code);
+  });
 }
 
 void LocalEngine::preconnectMediaServer() {
