@@ -23,42 +23,6 @@ TEST_F(ReentryTest, AJoinCallbackMayDestroyTheEngine) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(ReentryTest, AListenerThatReplacesItselfLivesUntilItsCallbackReturns) {
-  room->users = {user("u1")};
-  auto first = std::make_shared<LMRTCIWEngineDelegate>();
-  const std::string text = "captured by the callback, long enough for the heap";
-  first->onRoomJoined = [this, &first, text](std::int64_t, const std::string&) {
-    first = nullptr;
-    listen();
-    trace->add(text);
-  };
-  engine->setEngineDelegate(first);
-  replay();
-  EXPECT_TRACE("console LMRTCIWEngine joinRoom completion code: 0", "sdk r1.setDelegate engine", text,
-               "console LMRTCIWEngine joinRoom completion remoteUser Joined: r1 userId: u1",
-               "host onUserJoined r1 u1");
-}
-
-TEST_F(ReentryTest, AViewMayCallBackIntoTheEngine) {
-  class Unbinding : public RecordingView {
-   public:
-    Unbinding(std::shared_ptr<Trace> lines, LMRTCIWEngine& owner)
-        : RecordingView(std::move(lines), "v"), owner_(owner) {}
-    void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>&) override {
-      owner_.removeRemoteView("u1");
-    }
-
-   private:
-    LMRTCIWEngine& owner_;
-  };
-  room->users = {user("u1")};
-  join();
-  engine->setRemoteViewWithViewDelegate(std::make_shared<Unbinding>(trace, *engine), "u1");
-  EXPECT_TRACE("T setRemoteViewWithViewDelegate userId:u1", "T getRemoteUser userId:u1",
-               "T removeRemoteView userId:u1", "E removeRemoteView msg:view is nil",
-               "view v removeRemoteView");
-}
-
 TEST_F(ReentryTest, ALogSinkMayCallBackIntoTheEngine) {
   std::string session = "none";
   LMFwLog::getInstance().setSink([&](const LMFwLogEntry& entry) {
@@ -109,40 +73,6 @@ TEST_F(ReentryTest, ConcurrentFirstCreatesMakeOneEngine) {
                "sdk setDelegate engine", "sdk initWithConfig reconnect:0 srtp:0 report:1 mix:1 mismatch:0",
                "console LumoRTCLibWrapper commit: V1.0_20251222171809_master_ef94573");
   engine = made.front();
-}
-
-TEST_F(ReentryTest, OperationsEventsAndDestroyMayOverlap) {
-  constexpr int kRounds = 200;
-  const Inputs streams = {audio("u1"), video("u1")};
-  room->users = {user("u1", streams)};
-  join(LMRTCIWRoleLiveBroadcaster);
-  const auto events = room->events();
-  const auto shared = engine;
-  const auto listener = host;
-
-  std::vector<std::function<void(int)>> jobs = {
-      [&](int) { events->didPublishStreams(streams); },
-      [&](int) { sdk->complete(); },
-      [&](int i) { shared->publish(i % 3); },
-      [&](int) { shared->setRemoteViewWithViewDelegate(view("v"), "u1"); },
-      [&](int) { shared->removeRemoteView("u1"); },
-      [&](int i) { shared->joinRoom("r1", i % 2 ? std::make_shared<LMRTCIWRoomSetup>() : nullptr); },
-      [&](int i) {
-        shared->setEngineDelegate(i % 2 ? listener : std::make_shared<LMRTCIWEngineDelegate>(*listener));
-      },
-      [&](int i) {
-        if (i == kRounds / 2) shared->destroy();
-      },
-  };
-  std::vector<std::thread> threads;
-  for (const auto& job : jobs) {
-    threads.emplace_back([&job] {
-      for (int i = 0; i < kRounds; ++i) job(i);
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(nullptr, shared->rtcEngine());
-  EXPECT_EQ(LMRTCWrapperCodeLocalUserNotJoined, shared->publish(0));
 }
 
 }  // namespace
