@@ -1,7 +1,5 @@
 #include <cmath>
 #include <optional>
-#include <semaphore>
-#include <thread>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioEffectManager.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
@@ -222,50 +220,6 @@ TEST_F(SoundFilesTest, BothSidesAreRecorded) {
   };
   EXPECT_EQ("0 10 of 96000", tones("speaker.wav"));
   EXPECT_EQ("10 10 of 96000", tones("sent.wav"));
-}
-
-/// Real time: files start, move and end on one thread while another one steers them.
-TEST(SoundFilesInRealTimeTest, AreSteeredFromAnyThread) {
-  const TempFolder folder;
-  const std::string path = writeTones(folder, "a.mp3", {{500, 0.1}});
-  const auto local = LumoRTCLocal::install({.soundOutput = true});
-  const auto engine = LMRTCEngine::sharedInstance();
-  const auto mixer = LMRTCAudioMixer::sharedInstance();
-  engine->initWithConfig(LMRTCConfig());
-  struct Listener : MixerTrace {
-    void didAudioMixingStateChanged(std::uint64_t state, std::uint64_t reason) override {
-      if (state == LocalMixingStateStopped && reason == LocalMixingReasonEndOfFile) ended.release();
-    }
-    std::counting_semaphore<> ended{0};
-  };
-  const auto listener = std::make_shared<Listener>();
-  mixer->setDelegate(listener);
-  local->setSpeaker([](const AudioBlock&, Microseconds) {});
-  ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
-  std::thread effects([&] {
-    const auto manager = engine->audioEffectManager();
-    for (std::int64_t i = 0; i < 40; ++i) {
-      manager->playEffect(i % 4, path, 1, true);
-      manager->setVolumeOfEffect(i % 4, 50);
-      manager->pauseAllEffects();
-      manager->resumeEffect(i % 4);
-      if (i % 3 == 0) manager->stopEffect(i % 4);
-    }
-  });
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_TRUE(mixer->startMixingWithURL(path, true, i % 3, 0));
-    mixer->setPlayProgress(0.01 * i);
-    mixer->setMixingVolume(50);
-    mixer->pause();
-    mixer->resume();
-  }
-  effects.join();
-  ASSERT_TRUE(mixer->startMixingWithURL(path, true, LocalMixerModeMix, 2));
-  EXPECT_TRUE(listener->ended.try_acquire_for(20s));
-  engine->unInit();
-  EXPECT_EQ(std::nullopt, local->recordSpeaker({}));
-  local->setSpeaker({});
-  local->uninstall();
 }
 
 }  // namespace

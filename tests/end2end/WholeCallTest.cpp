@@ -3,27 +3,27 @@
 #include <semaphore>
 #include <thread>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
 #include "LumoRTCLibWrapper/platform/system/UIImage.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWFlutterView.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWUnityView.h"
-#include "LumoRTCLibWrapper/views/LMRTCIWView.h"
-#include "LumoRTCLocal/sdk/LocalVideoView.h"
 #include "tests/end2end/CallTest.h"
 #include "tests/support/AllocationCount.h"
-#include "tests/support/MediaFixtures.h"
 
 namespace lumo::test {
 namespace {
 
-using Trace = std::vector<std::string>;
-
 /// One of each kind of observer; all of them count.
 struct Observers {
-  explicit Observers(std::atomic<std::size_t>& calls) {
-    audio->onAudioFrame = [&calls](const LMRTCIWAudioFrame&) { ++calls; };
-    sample->onSampleBuffer = [&calls](const CMSampleBufferRef& buffer) { return ++calls, buffer; };
-    pixel->onPixelBuffer = [&calls](const CVPixelBufferRef&) { ++calls; };
+  Observers() {
+    audio->onAudioFrame = [this](const LMRTCIWAudioFrame&) { ++calls; };
+    sample->onSampleBuffer = [this](const CMSampleBufferRef& buffer) {
+      ++calls;
+      return buffer;
+    };
+    pixel->onPixelBuffer = [this](const CVPixelBufferRef&) {
+      ++calls;
+      received.release();
+    };
   }
   /// For the local user and for anna, or taken away.
   void install(LMRTCIWEngine& engine, bool on) const {
@@ -34,7 +34,11 @@ struct Observers {
     EXPECT_EQ(0, engine.setLocalVideoProcessedDelegate(on ? sample : nullptr));
     EXPECT_EQ(0, engine.setRemoteVideoProcessedDelegate(on ? pixel : nullptr, "anna"));
   }
+  /// Whoever calls one at this moment holds it.
+  bool areCalled() const { return audio.use_count() + sample.use_count() + pixel.use_count() > 3; }
 
+  std::atomic<std::size_t> calls{0};
+  std::counting_semaphore<> received{0};
   const std::shared_ptr<LMRTCIWAudioFrameDelegate> audio = std::make_shared<LMRTCIWAudioFrameDelegate>();
   const std::shared_ptr<LMRTCIWSampleBufferVideoFrameDelegate> sample =
       std::make_shared<LMRTCIWSampleBufferVideoFrameDelegate>();
@@ -49,13 +53,8 @@ std::shared_ptr<const UIImage> whitePixel() {
 class WholeCallTest : public CallTest {};
 
 TEST_F(WholeCallTest, FromTheJoinToTheLastPicture) {
-  Trace trace;
-  delegate->onSubscribed = [&](const auto& user, std::int64_t type, std::int64_t code, const auto&) {
-    trace.push_back("subscribed " + user + " " + std::to_string(10 * type + code));
-  };
-  delegate->onRemoteFirstFrame = [&](const auto&, const auto& user, std::int64_t type) {
-    trace.push_back("first " + user + " " + std::to_string(type));
-  };
+  delegate->onSubscribed = recorded("subscribed");
+  delegate->onRemoteFirstFrame = recorded("first");
   const auto anna = addPublishing("anna", Media::audioAndVideo);
   const auto bob = add("bob");
   join();
@@ -63,25 +62,24 @@ TEST_F(WholeCallTest, FromTheJoinToTheLastPicture) {
   EXPECT_EQ(0, bob->publishVideo());
   advance(0us);
 
-  const std::string users[] = {"me", "anna", "bob"};
-  std::vector<std::shared_ptr<LMRTCIWView>> views;
-  for (const auto& user : users) {
-    views.push_back(LMRTCIWView::create({0, 0, 60, 80}));
-    EXPECT_EQ(0,
-              user == "me" ? engine->setLocalView(views.back()) : engine->setRemoteView(views.back(), user));
-  }
+  std::vector<std::shared_ptr<LMRTCIWView>> views(3);
+  for (auto& view : views) view = LMRTCIWView::create({0, 0, 60, 80});
+  EXPECT_EQ(0, engine->setLocalView(views[0]));
+  EXPECT_EQ(0, engine->setRemoteView(views[1], "anna"));
+  EXPECT_EQ(0, engine->setRemoteView(views[2], "bob"));
   engine->subscribe("anna", kBoth);
   engine->subscribe("bob", kVideo, true);
   advance(66ms);
-  std::ranges::sort(trace);
-  EXPECT_EQ((Trace{"first anna 0", "first anna 1", "first bob 1", "subscribed anna 20", "subscribed bob 10"}),
-            trace);
+  std::ranges::sort(lines);
+  EXPECT_EQ((Lines{"first r anna 0", "first r anna 1", "first r bob 1", "subscribed anna 2 0 Success",
+                   "subscribed bob 1 0 Success"}),
+            lines);
   advance(2s);
+  EXPECT_EQ("10", speaker.tenths(400));
   for (std::uint32_t source = 0; source < views.size(); ++source) {
-    const auto video = std::dynamic_pointer_cast<LocalVideoView>(views[source]->rtcVideoView());
-    const auto reading = readTestPicture(*video->picture()).value_or(TestPictureReading{99, 0});
-    EXPECT_EQ(source, reading.sourceNumber);
-    EXPECT_NEAR(source == 2 ? 28 : 30, reading.frameNumber, 2);
+    const auto video = nativeView(views[source]);
+    EXPECT_EQ(source, readingOf(video->picture()).sourceNumber);
+    EXPECT_NEAR(source == 2 ? 28 : 30, readingOf(video->picture()).frameNumber, 2);
     EXPECT_EQ(source == 2 ? 180 : 480, video->picture()->width());
     const Bitmap shown = video->snapshot();
     ASSERT_EQ(std::pair(60, 80), std::pair(shown.width, shown.height));
@@ -102,72 +100,101 @@ TEST_F(WholeCallTest, SurfacesAndObserversAllocateOnlyTheRecordsOfTheQueue) {
   engine->setRemoteViewWithViewDelegate(queue, "anna");
   engine->setCameraCaptureOrientation(1);
   engine->setWatermark(whitePixel(), 0.1, 0.1, 0.3);
-  std::atomic<std::size_t> calls{0};
-  const Observers observers(calls);
+  local->setSpeaker({});
+  Observers observers;
   observers.install(*engine, true);
   const auto second = [&] {
     for (int i = 0; i < 15; ++i) {
-      local->advance(Microseconds(1000000 / 15));
-      MainQueue::runPending();
-      while (queue->getCurrentFrame()) {
-      }
+      advance(Microseconds(1000000 / 15));
+      while (queue->getCurrentFrame()) continue;
     }
   };
   second();
   second();
-  calls = 0;
+  observers.calls = 0;
   const std::size_t before = allocationCount();
   second();
   EXPECT_EQ(15u, allocationCount() - before);
-  EXPECT_NEAR(4 * 100 + 2 * 15, static_cast<double>(calls), 6);
+  EXPECT_NEAR(4 * 100 + 2 * 15, static_cast<double>(observers.calls), 6);
 }
 
-TEST(RealTimeObserversTest, AreInstalledAndRemovedWhileMediaFlows) {
-  LMFwLog::getInstance().setThreshold(LMFwLogLevelOff);
-  Console::setSink({});
-  std::counting_semaphore<> seen{0};
-  std::counting_semaphore<> done{0};
-  const auto local = LumoRTCLocal::install();
-  const auto anna = local->join("r", "anna").participant;
+/// Real time: the host comes and goes, and installs and removes what it can, while other threads link rooms
+/// and steer sound files.
+TEST(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
+  silenceLog();
+  const TempFolder folder;
+  const std::string tone = writeTones(folder, "a.mp3", {{500, 0.1}});
+  std::counting_semaphore<> sent{0}, moved{0};
+  const auto local = LumoRTCLocal::install({.userId = "me", .soundOutput = true});
+  const LumoRTCLocal::ParticipantOptions broadcaster{.role = LumoRTCLocal::Role::broadcaster};
+  const auto anna = local->join("r", "anna", broadcaster).participant;
   ASSERT_EQ(0, anna->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo));
+  anna->onVideo([&](const std::string&, const LMRTCVideoFrame&) { sent.release(); });
+
   const auto engine = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
   const auto delegate = std::make_shared<LMRTCIWEngineDelegate>();
-  delegate->onRoomJoined = [&](auto, const auto&) { done.release(); };
-  delegate->onPublished = [&](auto, auto, const auto&) { done.release(); };
-  delegate->onSubscribed = [&](const auto&, auto, auto, const auto&) { done.release(); };
+  delegate->onRoomJoined = [&](auto&&...) {
+    engine->publish(kBoth);
+    moved.release();
+  };
+  delegate->onRoomLeft = [&](auto&&...) { moved.release(); };
+  delegate->onUserJoined = [](auto&&...) {};  // without it nobody is announced
+  delegate->onRemotePublished = [&](auto&&, auto& user, auto type) { engine->subscribe(user, type); };
+  delegate->onRemoteLiveMixPublished = [&](auto) { engine->subscribeLiveMix(kBoth); };
+  delegate->onJoinSubRoomRequestReceived = [&](auto& room, auto& user, auto&&) {
+    engine->responseJoinSubRoomRequest(room, user, true, true, "");
+    engine->joinSubRoom(room);
+  };
   engine->setEngineDelegate(delegate);
-  ASSERT_EQ(0, engine->joinRoom("r", std::make_shared<LMRTCIWRoomSetup>()));
-  ASSERT_TRUE(done.try_acquire_for(20s));
-  engine->publish(kBoth);
-  engine->subscribe("anna", kBoth);
-  ASSERT_TRUE(done.try_acquire_for(20s) && done.try_acquire_for(20s));
+  for (const std::int64_t effect : {0, 1, 2, 3}) engine->createAudioEffect(tone, effect);
 
-  anna->onVideo([&](const std::string&, const LMRTCVideoFrame&) { seen.release(); });
+  std::jthread links([&](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      const auto cleo = local->join("s", "cleo", broadcaster).participant;
+      cleo->publishVideo();
+      if (cleo->invite("r", "me") != 0) cleo->unlinkRoom("r");
+      std::this_thread::yield();
+      cleo->leave();
+    }
+  });
+  std::jthread sounds([&](const std::stop_token& stop) {
+    for (std::int64_t i = 0; !stop.stop_requested(); ++i) {
+      engine->startAudioMixing(tone, i % 3, true, 0);
+      engine->setAudioMixingPosition(0.05);
+      engine->playAudioEffect(i % 4, 50, 1);
+      engine->pauseAllAudioEffects();
+      engine->resumeAudioEffect(i % 4);
+      EXPECT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
+    }
+  });
+  const auto setup = std::make_shared<LMRTCIWRoomSetup>();
+  setup->role = LMRTCIWRoleLiveBroadcaster;
   for (int round = 0; round < 10; ++round) {
-    std::atomic<std::size_t> calls{0};
-    std::counting_semaphore<> heard{0};
-    const Observers observers(calls);
-    observers.pixel->onPixelBuffer = [&](const CVPixelBufferRef&) { heard.release(); };
+    engine->joinRoom("r", setup);
+    ASSERT_TRUE(moved.try_acquire_for(20s));
+    Observers observers;
     auto view = LMRTCIWFlutterView::create();
     observers.install(*engine, true);
     engine->setRemoteViewWithViewDelegate(view, "anna");
     engine->setWatermark(whitePixel(), 0.1, 0.1, 0.3);
     engine->startEchoTest(1);
-    ASSERT_TRUE(heard.try_acquire_for(20s));
+    ASSERT_TRUE(observers.received.try_acquire_for(20s));
     engine->removeWatermark();
     engine->stopEchoTest();
     observers.install(*engine, false);
     engine->setRemoteViewWithViewDelegate(nullptr, "anna");
     view.reset();
-    while (seen.try_acquire()) {
-    }
-    // What still runs holds its observer.
-    while (observers.audio.use_count() + observers.sample.use_count() + observers.pixel.use_count() > 3)
-      std::this_thread::yield();
-    const std::size_t before = calls;
-    ASSERT_TRUE(seen.try_acquire_for(20s));
-    EXPECT_EQ(before, calls) << "although pictures go on coming";
+    while (sent.try_acquire()) continue;
+    while (observers.areCalled()) std::this_thread::yield();
+    const std::size_t before = observers.calls;
+    ASSERT_TRUE(sent.try_acquire_for(20s));
+    EXPECT_EQ(before, observers.calls) << "although pictures go on coming";
+    engine->leaveSubRoom("s", round % 2 == 0);
+    engine->leaveRoom();
+    ASSERT_TRUE(moved.try_acquire_for(20s));
   }
+  links = {};
+  sounds = {};
   anna->onVideo({});
   engine->destroy();
   local->uninstall();
