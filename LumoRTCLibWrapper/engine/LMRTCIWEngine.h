@@ -264,7 +264,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// @callback onCameraEnabled, on the main queue; always with code 0 and an empty message
   std::int64_t enableCamera(bool enable);
   /// Starts the camera of the given position, or stops capturing.
-  /// @param camera  LMRTCIWCamera; ignored when `enable` is false
+  /// @param camera  LMRTCIWCamera; only checked when `enable` is false
   /// @return 0; LMRTCWrapperCodeParameterError, without a log line, for LMRTCIWCameraNone
   /// @callback onCameraEnabled, on the main queue
   std::int64_t enableCamera(bool enable, std::int64_t camera);

@@ -34,10 +34,9 @@ std::int64_t LMRTCIWEngine::createAudioEffect(const OptionalText& url, std::int6
 
   lumo::MainQueue::async([self = shared_from_this(), frame, url, effectId] {
     const auto callback = self->listener(&Delegate::onAudioEffectCreated);
-    if (!callback) return;
     frame.result(LMRTCWrapperCodeSuccess, "callback:%@, code:%@, url:%@,effectId:%@",
                  {"onAudioEffectCreated", LMRTCWrapperCodeSuccess, url, effectId});
-    (*callback)(effectId, LMRTCWrapperCodeSuccess, "");
+    if (callback) (*callback)(effectId, LMRTCWrapperCodeSuccess, "");
   });
   return LMRTCWrapperCodeSuccess;
 }

@@ -71,9 +71,13 @@ class LMRTCIWEngineBase : public LMRTCIWEngineState {
   };
   JoinedRoom joinedRoom() const;
 
-  /// The first room that has a remote user of that id, the main room before the sub-rooms; null when none
-  /// has.
-  std::shared_ptr<LMRTCBaseRoom> getRemoteUserRoom(const std::string& userId) const;
+  /// A room and a remote user of it; both or neither.
+  struct RemoteUserRoom {
+    std::shared_ptr<LMRTCBaseRoom> room;
+    RemoteUserPtr user;
+  };
+  /// The first room that has a remote user of that id, the main room before the sub-rooms, and that user.
+  RemoteUserRoom getRemoteUserRoom(const std::string& userId) const;
 
   /// The main room's id for an event. Without a main room that has its local user: nothing, after an error
   /// line under `method`.
@@ -147,6 +151,15 @@ class LMRTCIWEngineBase : public LMRTCIWEngineState {
                        std::int64_t code) const;
 
   // Nothing is kept once the engine was destroyed.
+  /// Keeps the host's object under `key`, or forgets what is there: null.
+  template <class Objects, class Object>
+  void keepOrForget(Objects& objects, const std::string& key, const Object& object) {
+    if (const auto pass = callbackGate_.enter(); pass && object) {
+      objects.insertOrAssign(key, object);
+    } else {
+      objects.erase(key);
+    }
+  }
   void keepLiveInfo(std::shared_ptr<LMRTCLiveInfo> liveInfo);
   void keepRole(std::int64_t role, std::shared_ptr<LMRTCLiveInfo> liveInfo);
   void notifyRoleSwitched(std::int64_t code) const;

@@ -95,6 +95,7 @@ std::int64_t LMRTCIWEngine::unsubscribeLiveMixInnerCdnStream() {
 }
 
 std::int64_t LMRTCIWEngine::setLiveMixInnerCdnStreamView(const std::shared_ptr<LMRTCIWView>& view) {
+  const CallFrame frame(__func__, "view:%@", {view != nullptr});
   return setLiveMixInnerCdnStreamViewDelegate(view);
 }
 

@@ -47,8 +47,8 @@ std::int64_t LMRTCIWEngine::createCustomStreamFromFile(const OptionalText& url, 
       engine ? engine->createFileVideoOutputStream(*url, replace, playback, tag, LMRTCVideoStreamConfig())
              : nullptr;
   if (!stream) return frame.fail(LMRTCWrapperCodeCreateCustomStreamError, "nativeStream is nil");
-  customStreams_.insertOrAssign(
-      tag, std::make_shared<LMRTCIWCustomStream>(LMRTCIWCustomStream::kFile, std::move(stream)));
+  keepOrForget(customStreams_, tag,
+               std::make_shared<LMRTCIWCustomStream>(LMRTCIWCustomStream::kFile, std::move(stream)));
   return LMRTCWrapperCodeSuccess;
 }
 
@@ -89,7 +89,7 @@ std::int64_t LMRTCIWEngine::setLocalCustomStreamViewWithViewDelegate(
   const auto custom = customStreams_.find(tag).value_or(nullptr);
   if (!custom) return frame.fail(LMRTCWrapperCodeStreamNotExist, "stream is nil");
   if (!isFile(*custom)) return LMRTCWrapperCodeInterfaceNotSupport;
-  localCustomViews_.insertOrAssign(tag, view);
+  keepOrForget(localCustomViews_, tag, view);
   view->setLocalView(custom->stream);
   return LMRTCWrapperCodeSuccess;
 }
@@ -244,7 +244,7 @@ std::int64_t LMRTCIWEngine::setRemoteCustomStreamViewWithViewDelegate(
                          {LMRTCWrapperCodeStreamNotExist});
     return LMRTCWrapperCodeStreamNotExist;
   }
-  remoteCustomViews_.insertOrAssign(lumo::customStreamKey(userId, tag), view);
+  keepOrForget(remoteCustomViews_, lumo::customStreamKey(userId, tag), view);
   view->setRemoteView(stream);
   return LMRTCWrapperCodeSuccess;
 }

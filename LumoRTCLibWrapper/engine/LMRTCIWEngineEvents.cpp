@@ -28,7 +28,8 @@ std::int64_t toRole(std::int64_t roleType) {
   return roleType == LMRTCRoleTypeBroadcaster ? LMRTCIWRoleLiveBroadcaster : LMRTCIWRoleLiveAudience;
 }
 
-std::string idOf(const LMRTCRemoteUser& user) { return user.userId().value_or(std::string()); }
+/// What the host gets for an id that the log shows as absent.
+std::string orEmpty(const std::optional<std::string>& id) { return id.value_or(std::string()); }
 
 bool isNormal(const LMRTCInputStream& stream) {
   return stream.mediaStreamType() == LMRTCMediaStreamTypeNormal;
@@ -57,21 +58,21 @@ void LMRTCIWEngine::didJoinUser(const RemoteUserPtr& user) {
 }
 
 void LMRTCIWEngine::didLeaveUser(const RemoteUserPtr& user) {
-  const auto userId = idOf(*user);
+  const auto userId = user->userId();
   Console::write("LMRTCIWEngine didLeaveUser: %@", {userId});
   const auto roomId = roomIdForEvent(__func__);
   if (!roomId) return;
   LMIMIWLog::listener("onUserLeft", "room:%@,userId:%@", {*roomId, userId});
-  notify(&Delegate::onUserLeft, *roomId, userId);
+  notify(&Delegate::onUserLeft, *roomId, orEmpty(userId));
 }
 
 void LMRTCIWEngine::didOfflineUser(const RemoteUserPtr& user) {
-  const auto userId = idOf(*user);
+  const auto userId = user->userId();
   Console::write("LMRTCIWEngine didOfflineUser: %@", {userId});
   const auto roomId = roomIdForEvent("didLeaveUser");  // the other event's name is kept for hosts
   if (!roomId) return;
   LMIMIWLog::listener("onUserOffline", "room:%@,userId:%@", {*roomId, userId});
-  notify(&Delegate::onUserOffline, *roomId, userId);
+  notify(&Delegate::onUserOffline, *roomId, orEmpty(userId));
 }
 
 void LMRTCIWEngine::didReportFirstFrame(const InputStreamPtr& stream, std::int64_t mediaType) {
@@ -154,12 +155,14 @@ void LMRTCIWEngine::didVideoEnable(const InputStreamPtr& stream, bool enabled) {
 void LMRTCIWEngine::didReceiveMessage(const std::string&) {}  // room messages do not concern the host
 
 void LMRTCIWEngine::didSwitchRoleWithUser(const RemoteUserPtr& user, std::int64_t roleType) {
-  const auto userId = idOf(*user);
+  const auto userId = user->userId();
   Console::write("LMRTCIWEngine didSwitchRoleWithUser: %@ roleType: %@", {userId, roleType});
   const auto main = room();
   if (!main) return LMIMIWLog::error(__func__, kRoomNil);
-  announce(&Delegate::onRemoteLiveRoleSwitched, "onRemoteLiveRoleSwitched", "roomId:%@,userId:%@,role:%@",
-           main->roomId(), userId, toRole(roleType));
+  const std::string& roomId = main->roomId();
+  const std::int64_t role = toRole(roleType);
+  announceAs(&Delegate::onRemoteLiveRoleSwitched, "onRemoteLiveRoleSwitched", "roomId:%@,userId:%@,role:%@",
+             {roomId, userId, role}, roomId, orEmpty(userId), role);
 }
 
 void LMRTCIWEngine::didReceiveSEI(const std::string& sei, const std::string& userId) {
@@ -178,18 +181,23 @@ void LMRTCIWEngine::didReceiveLiveStreamSEI(const std::string& sei) {
 // Sub-rooms
 
 void LMRTCIWEngine::didJoinUser(const OtherRoomPtr& subRoom, const RemoteUserPtr& user) {
-  const auto userId = idOf(*user);
+  const auto userId = user->userId();
   Console::write("LMRTCIWEngine room: %@ didJoinUser: %@", {subRoom->roomId(), userId});
-  announce(&Delegate::onUserJoined, "onUserJoined", "room:%@,user:%@", subRoom->roomId(), userId);
+  announceAs(&Delegate::onUserJoined, "onUserJoined", "room:%@,user:%@", {subRoom->roomId(), userId},
+             subRoom->roomId(), orEmpty(userId));
   callbackRemoteUser(*user, subRoom->roomId());
 }
 
 void LMRTCIWEngine::didOfflineUser(const OtherRoomPtr& subRoom, const RemoteUserPtr& user) {
-  announce(&Delegate::onUserOffline, "onUserOffline", "room:%@,user:%@", subRoom->roomId(), idOf(*user));
+  const auto userId = user->userId();
+  announceAs(&Delegate::onUserOffline, "onUserOffline", "room:%@,user:%@", {subRoom->roomId(), userId},
+             subRoom->roomId(), orEmpty(userId));
 }
 
 void LMRTCIWEngine::didLeaveUser(const OtherRoomPtr& subRoom, const RemoteUserPtr& user) {
-  announce(&Delegate::onUserLeft, "onUserLeft", "room:%@,user:%@", subRoom->roomId(), idOf(*user));
+  const auto userId = user->userId();
+  announceAs(&Delegate::onUserLeft, "onUserLeft", "room:%@,user:%@", {subRoom->roomId(), userId},
+             subRoom->roomId(), orEmpty(userId));
 }
 
 void LMRTCIWEngine::didPublishStreams(const OtherRoomPtr& subRoom, const InputStreams& streams) {

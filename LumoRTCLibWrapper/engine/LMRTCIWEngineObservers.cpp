@@ -56,15 +56,6 @@ std::int64_t failWithoutStream() {
   return LMRTCWrapperCodeStreamNotExist;
 }
 
-template <class Map, class Observer>
-void store(Map& observers, const std::string& key, const Observer& observer) {
-  if (observer) {
-    observers.insertOrAssign(key, observer);
-  } else {
-    observers.erase(key);
-  }
-}
-
 }  // namespace
 
 template <class Deliver>
@@ -134,7 +125,7 @@ std::int64_t LMRTCIWEngine::setRemoteAudioReceivedDelegate(const AudioObserver& 
   const auto stream = normalStream(*user, LMRTCMediaTypeAudio);
   if (!stream) return LMRTCWrapperCodeSuccess;
 
-  store(remoteAudioReceivedDelegates_, userId, observer);
+  keepOrForget(remoteAudioReceivedDelegates_, userId, observer);
   stream->setAudioDataCallback(
       audioHook(observer != nullptr, [userId](const LMRTCIWEngine& self, const LMRTCAudioData& data) {
         deliver(self.remoteAudioReceivedDelegates_.find(userId).value_or(nullptr), data);
@@ -163,7 +154,7 @@ std::int64_t LMRTCIWEngine::setRemoteVideoProcessedDelegate(const PixelObserver&
       std::dynamic_pointer_cast<LMRTCVideoInputStream>(normalStream(*user, LMRTCMediaTypeVideo));
   if (!stream) return LMRTCWrapperCodeSuccess;
 
-  store(remoteVideoProcessedDelegates_, userId, observer);
+  keepOrForget(remoteVideoProcessedDelegates_, userId, observer);
   watchPictures(*stream, observer != nullptr);
   return LMRTCWrapperCodeSuccess;
 }
@@ -175,7 +166,7 @@ std::int64_t LMRTCIWEngine::setLocalCustomVideoProcessedDelegate(const SampleObs
   if (!custom) return frame.fail(LMRTCWrapperCodeStreamNotExist, "stream is nil");
   if (custom->type != LMRTCIWCustomStream::kFile) return LMRTCWrapperCodeInterfaceNotSupport;
 
-  store(localCustomVideoProcessedDelegates_, tag, observer);
+  keepOrForget(localCustomVideoProcessedDelegates_, tag, observer);
   custom->stream->setVideoSendBufferCallback(
       sampleHook(observer != nullptr, [tag](const LMRTCIWEngine& self) {
         return self.localCustomVideoProcessedDelegates_.find(tag).value_or(nullptr);
@@ -193,7 +184,7 @@ std::int64_t LMRTCIWEngine::setRemoteCustomVideoProcessedDelegate(const PixelObs
                       "room is nil or localUser is nil or iwRoomSetup is nil");
   }
   // Before user and stream are found: hosts rely on it.
-  store(remoteCustomVideoProcessedDelegates_, lumo::customStreamKey(userId, tag), observer);
+  keepOrForget(remoteCustomVideoProcessedDelegates_, lumo::customStreamKey(userId, tag), observer);
   const auto user = joined.room->getRemoteUser(userId);
   if (!user) return frame.fail(LMRTCWrapperCodeRemoteUserNotJoined, "user is nil");
   const auto stream = lumo::taggedStream(*user, tag, LMRTCMediaTypeVideo);
@@ -212,7 +203,7 @@ std::int64_t LMRTCIWEngine::setRemoteCustomAudioReceivedDelegate(const AudioObse
                       "room is nil or localUser is nil or iwRoomSetup is nil");
   }
   const auto key = lumo::customStreamKey(userId, tag);
-  store(remoteCustomAudioProcessedDelegates_, key, observer);
+  keepOrForget(remoteCustomAudioProcessedDelegates_, key, observer);
   const auto user = joined.room->getRemoteUser(userId);
   if (!user) return frame.fail(LMRTCWrapperCodeRemoteUserNotJoined, "user is nil");
   const auto stream = lumo::taggedStream(*user, tag, LMRTCMediaTypeAudio);

@@ -183,8 +183,7 @@ std::int64_t LMRTCIWEngine::leaveRoom() {
 
 std::shared_ptr<LMRTCRemoteUser> LMRTCIWEngine::getRemoteUser(const std::string& userId) {
   const CallFrame frame(__func__, "userId:%@", {userId});
-  const auto userRoom = getRemoteUserRoom(userId);
-  return userRoom ? userRoom->getRemoteUser(userId) : nullptr;
+  return getRemoteUserRoom(userId).user;
 }
 
 std::string LMRTCIWEngine::getSessionId() {
@@ -204,12 +203,14 @@ LMRTCIWEngineBase::JoinedRoom LMRTCIWEngineBase::joinedRoom() const {
   return {std::move(main), std::move(localUser)};
 }
 
-std::shared_ptr<LMRTCBaseRoom> LMRTCIWEngineBase::getRemoteUserRoom(const std::string& userId) const {
-  if (auto main = room(); main && main->getRemoteUser(userId)) return main;
-  for (const auto& [roomId, subRoom] : subs()) {
-    if (subRoom && subRoom->getRemoteUser(userId)) return subRoom;
+LMRTCIWEngineBase::RemoteUserRoom LMRTCIWEngineBase::getRemoteUserRoom(const std::string& userId) const {
+  if (auto main = room()) {
+    if (auto user = main->getRemoteUser(userId)) return {std::move(main), std::move(user)};
   }
-  return nullptr;
+  for (const auto& [roomId, subRoom] : subs()) {
+    if (auto user = subRoom ? subRoom->getRemoteUser(userId) : nullptr) return {subRoom, std::move(user)};
+  }
+  return {};
 }
 
 void LMRTCIWEngine::handleJoined(std::int64_t code, const std::shared_ptr<LMRTCRoom>& joined,

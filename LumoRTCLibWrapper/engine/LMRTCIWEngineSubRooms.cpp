@@ -135,11 +135,12 @@ void LMRTCIWEngine::didResponseJoinOtherRoom(const std::string& inviterRoomId,
   if (!joined) return LMIMIWLog::error("stream:didResponseJoinOtherRoom", "room is nil or localUser is nil");
 
   const std::string& localUserId = joined.localUser->userId();
+  if (agree && localUserId == inviteeUserId) return;  // has heard the result of the own answer
   if (!agree || localUserId == inviterUserId) {
     announce(&Delegate::onJoinSubRoomRequestResponseReceived, "onJoinSubRoomRequestResponseReceived",
              "inviteeRoomId:%@,inviteeUserId:%@,agree:%@,extra:%@", inviteeRoomId, inviteeUserId, agree,
              extra);
-  } else if (localUserId != inviteeUserId) {  // the invitee has its own answer's callback
+  } else {
     const bool ownInvitation = inviterRoomId == joined.room->roomId();
     announce(&Delegate::onSubRoomBanded, "onSubRoomBanded", "roomId:%@",
              ownInvitation ? inviteeRoomId : inviterRoomId);

@@ -67,12 +67,8 @@ std::int64_t LMRTCIWEngine::setRemoteViewWithViewDelegate(const std::shared_ptr<
   const CallFrame frame(__func__, "userId:%@", {userId});
   const auto user = getRemoteUser(userId);
   if (!user) return frame.fail(LMRTCWrapperCodeRemoteUserNotJoined, "user is nil");
-  if (!view) {
-    remoteVideoViewDict_.erase(userId);
-    return LMRTCWrapperCodeSuccess;
-  }
-  remoteVideoViewDict_.insertOrAssign(userId, view);
-  view->setRemoteView(cameraStream(*user));
+  keepOrForget(remoteVideoViewDict_, userId, view);
+  if (view) view->setRemoteView(cameraStream(*user));
   return LMRTCWrapperCodeSuccess;
 }
 

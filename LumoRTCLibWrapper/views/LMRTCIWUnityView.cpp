@@ -12,15 +12,26 @@ namespace {
 
 using Picture = std::shared_ptr<const LumoRTCI420Buffer>;
 
-/// `picture` itself if its rows are tight, else a tight copy of its top left `width` x `height` pixels.
+void fillBlack(LumoRTCI420Buffer& picture) {
+  const auto fill = [](std::uint8_t* plane, std::int32_t stride, std::int32_t height, std::uint8_t value) {
+    std::fill_n(plane, static_cast<std::size_t>(stride) * static_cast<std::size_t>(height), value);
+  };
+  fill(picture.mutableDataY(), picture.strideY(), picture.height(), 16);
+  fill(picture.mutableDataU(), picture.strideU(), picture.chromaHeight(), 128);
+  fill(picture.mutableDataV(), picture.strideV(), picture.chromaHeight(), 128);
+}
+
+/// `picture` itself if it has tight rows for that size, else a copy of that size. What the picture lacks is
+/// black in the copy.
 Picture tight(Picture picture, std::int32_t width, std::int32_t height) {
   const bool isTight = picture->strideY() == width && picture->strideU() == picture->chromaWidth() &&
-                       picture->strideV() == picture->chromaWidth();
+                       picture->strideV() == picture->chromaWidth() && picture->height() >= height;
   const std::int32_t copyWidth = std::min(width, picture->width());
   const std::int32_t copyHeight = std::min(height, picture->height());
   if (isTight || copyWidth < 1 || copyHeight < 1) return picture;
 
-  auto copy = LumoRTCI420Buffer::create(copyWidth, copyHeight);
+  auto copy = LumoRTCI420Buffer::create(width, height);
+  if (copyWidth < width || copyHeight < height) fillBlack(*copy);
   LumoRTCI420Rotate(picture->dataY(), picture->strideY(), picture->dataU(), picture->strideU(),
                     picture->dataV(), picture->strideV(), copy->mutableDataY(), copy->strideY(),
                     copy->mutableDataU(), copy->strideU(), copy->mutableDataV(), copy->strideV(), copyWidth,

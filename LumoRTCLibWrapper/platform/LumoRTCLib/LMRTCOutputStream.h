@@ -20,8 +20,8 @@ class LMRTCOutputStream : public LMRTCStream {};
 /// The microphone.
 class LMRTCAudioOutputStream : public LMRTCOutputStream {
  public:
-  /// @param quality   0 to 2, the SDK's audio quality
-  /// @param scenario  0 to 2, the SDK's audio scenario
+  /// @param quality   LMRTCAudioQuality
+  /// @param scenario  LMRTCAudioScenario
   virtual void setAudioQuality(std::int64_t quality, std::int64_t scenario) = 0;
 
   /// @param volume  percent of the captured level; 100 leaves it as it is

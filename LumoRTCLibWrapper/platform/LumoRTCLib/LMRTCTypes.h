@@ -61,6 +61,27 @@ enum LMRTCDeviceCamera : std::int64_t {
   LMRTCDeviceCameraFront = 2,
 };
 
+/// Frame rates of video streams, pictures per second.
+enum LMRTCVideoFPS : std::int64_t {
+  LMRTCVideoFPSDefault = -1,  ///< left to the SDK
+  LMRTCVideoFPS10 = 0,
+  LMRTCVideoFPS15 = 1,
+  LMRTCVideoFPS24 = 2,
+  LMRTCVideoFPS30 = 3,
+};
+
+/// Sizes of video streams, numbered from the smallest to the largest; LMRTCIWConfigUtility::getVideoSize has
+/// their pixels.
+enum LMRTCVideoSizePreset : std::int64_t {
+  LMRTCVideoSizePresetDefault = -1,  ///< left to the SDK
+  LMRTCVideoSizePresetSmallest = 0,  ///< 144 x 176
+  LMRTCVideoSizePresetLargest = 16,  ///< 1080 x 1920
+};
+
+/// What the microphone's sound is encoded for, 0 to 2; the meaning of the numbers is the SDK's.
+enum LMRTCAudioQuality : std::int64_t {};
+enum LMRTCAudioScenario : std::int64_t {};
+
 /// How the live mix places its pictures.
 enum LMRTCMixLayoutMode : std::int64_t {
   LMRTCMixLayoutModeCustom = 1,      ///< where custom layouts say

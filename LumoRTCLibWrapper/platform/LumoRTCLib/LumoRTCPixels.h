@@ -16,7 +16,8 @@ void LumoRTCI420Rotate(const std::uint8_t* srcY, std::int32_t srcStrideY, const 
                        std::int32_t width, std::int32_t height, std::int32_t rotation);
 
 /// Converts a picture to 32-bit pixels whose bytes in memory are blue, green, red, alpha (255): BT.601
-/// limited range to full-range RGB.
+/// limited range to full-range RGB. A pixel comes from its own Y, U and V samples alone, so that a picture
+/// can be converted piece by piece.
 void LumoRTCI420ToARGB(const std::uint8_t* srcY, std::int32_t srcStrideY, const std::uint8_t* srcU,
                        std::int32_t srcStrideU, const std::uint8_t* srcV, std::int32_t srcStrideV,
                        std::uint8_t* dst, std::int32_t dstStride, std::int32_t width, std::int32_t height);
