@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
@@ -10,20 +9,14 @@
 
 #include "LumoRTCLocal/media/TestPicture.h"
 
-namespace lumo {
-
-/// For the messages of failed tests.
-void PrintTo(const YuvColor& color, std::ostream* out);
-
-namespace test {
+namespace lumo::test {
 
 /// A folder of its own for the files of one test, removed at the end.
 class TempFolder {
  public:
   TempFolder();
-  ~TempFolder();
   TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
+  ~TempFolder() { std::filesystem::remove_all(folder_); }
 
   std::string path(const std::string& name) const { return (folder_ / name).string(); }
   /// Writes a file and returns its path.
@@ -35,19 +28,18 @@ class TempFolder {
 
 std::string readFile(const std::string& path);
 
-/// A media file to make, with uncompressed sound and pictures that are compressed without loss;
-/// those of .mjpeg files are JPEG pictures in the full range.
+/// A media file to make, with H.264 pictures and uncompressed sound.
 struct Clip {
-  std::int32_t framesPerSecond = 10;
-  std::int32_t pictures = 10;  ///< 0: no picture stream; each is 64 x 48 in the `clipColor` of its number
+  std::int32_t pictures = 10;  ///< ten a second, each 64 x 48 in the `clipColor` of its number; 0: none
   std::int32_t rotation = 0;   ///< degrees clockwise that a player has to turn the pictures; in .mov files
   double toneHz = 0;           ///< 0: no sound stream
-  double toneSeconds = 1;      ///< written as 44.1 kHz mono at half of full scale
+  double toneSeconds = 1;      ///< at half of full scale
 };
 
 YuvColor clipColor(std::int32_t picture);
 
-/// Makes a file in the folder, whose extension chooses the container, and returns its path.
+/// Makes a file in the folder, whose extension chooses the container, and returns its path. Its sound, as
+/// that of all files here, is 44.1 kHz stereo.
 std::string writeClip(const TempFolder& folder, const std::string& name, const Clip& clip);
 
 /// A stretch of one sine tone.
@@ -56,8 +48,8 @@ struct Tone {
   double seconds = 0;
 };
 
-/// Makes a sound file in 48 kHz stereo, the tones one after another at an amplitude of 0.25, and returns its
-/// path. The extension chooses container and codec: wav, flac, mp3 or m4a (AAC).
+/// Makes a sound file, the tones one after another at an amplitude of 0.25, and returns its path. The
+/// extension chooses container and codec: wav, flac, mp3 or m4a (AAC).
 std::string writeTones(const TempFolder& folder, const std::string& name, const std::vector<Tone>& tones);
 
 /// A picture of one colour.
@@ -69,5 +61,4 @@ YuvColor colorAt(const LumoRTCI420Buffer& picture, std::int32_t x, std::int32_t 
 /// The amplitude, of full scale, of one frequency in the left channel of 48 kHz stereo sound.
 double toneLevel(std::span<const std::int16_t> samples, double frequencyHz);
 
-}  // namespace test
-}  // namespace lumo
+}  // namespace lumo::test
