@@ -1,20 +1,14 @@
-#include <cmath>
 #include <optional>
 
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioEffectManager.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLocal/media/MediaFileReader.h"
 #include "LumoRTCLocal/server/LocalCodes.h"
 #include "tests/end2end/CallTest.h"
-#include "tests/support/MediaFixtures.h"
 
 namespace lumo::test {
 namespace {
 
 constexpr double kFileLevel = 0.25;
-constexpr double kMicrophoneLevel = 0.2;  // at 300 Hz
 
 /// Writes down what the mixer reports.
 struct MixerTrace : LMRTCAudioMixerAudioPlayDelegate {
@@ -24,67 +18,52 @@ struct MixerTrace : LMRTCAudioMixerAudioPlayDelegate {
   void didAudioMixingStateChanged(std::uint64_t state, std::uint64_t reason) override {
     lines.push_back("state " + std::to_string(state) + " " + std::to_string(reason));
   }
-  std::vector<std::string> lines;
+  Lines lines;
 };
-using Lines = std::vector<std::string>;
 
+/// The host sends files with the microphone, which anna hears.
 class SoundFilesTest : public CallTest {
  protected:
   SoundFilesTest() {
-    local->setSpeaker([this](const AudioBlock& block, Microseconds) { spoken.add(block); });
-    anna = add("anna");
-    anna->onAudio([this](const std::string&, const AudioBlock& block, Microseconds) { heard.add(block); });
-    delegate->onAudioMixingFinished = [this] { ++finished; };
+    anna->onAudio(heard.sink());
+    delegate->onAudioMixingFinished = recorded("finished");
     delegate->onAudioMixingProgressReported = [this](float seconds) { progress = seconds; };
-    engine->setEngineDelegate(delegate);
     join();
     publish(kAudio);
   }
-  ~SoundFilesTest() override { anna->onAudio({}); }
 
   /// What arrives in the next 100 ms, in tenths of each tone's own level: the microphone and the files' tones
   /// of 500 and 900 Hz at anna's, then those of the files on the speaker.
   std::string levels() {
-    heard = spoken = {};
+    heard = speaker = {};
     advance(100ms);
-    const std::string sent = heard.tenths(300, kMicrophoneLevel) + " " + heard.tenths(500, kFileLevel) + " " +
-                             heard.tenths(900, kFileLevel);
-    return sent + " | " + spoken.tenths(500, kFileLevel) + " " + spoken.tenths(900, kFileLevel);
-  }
-
-  std::shared_ptr<MixerTrace> traceMixer() const {
-    auto trace = std::make_shared<MixerTrace>();
-    LMRTCAudioMixer::sharedInstance()->setDelegate(trace);
-    return trace;
+    return heard.tenths(300) + " " + heard.tenths(500, kFileLevel) + " " + heard.tenths(900, kFileLevel) +
+           " | " + speaker.tenths(500, kFileLevel) + " " + speaker.tenths(900, kFileLevel);
   }
 
   TempFolder folder;
-  ParticipantPtr anna;
+  ParticipantPtr anna = add("anna");
   SoundMeter heard;
-  SoundMeter spoken;
-  int finished = 0;
   float progress = 0;
+  const std::shared_ptr<MixerTrace> trace = std::make_shared<MixerTrace>();
+  const std::shared_ptr<LMRTCAudioMixer> mixer = LMRTCAudioMixer::sharedInstance();
 };
 
 TEST_F(SoundFilesTest, EveryFormatArrivesAtItsLevelAndAtThePlaceThatIsSought) {
   for (const char* const name : {"a.wav", "a.flac", "a.mp3", "a.m4a"}) {
     SCOPED_TRACE(name);
     const std::string path = writeTones(folder, name, {{500, 2}, {900, 1.9}});
-    finished = 0;
     ASSERT_EQ(0, engine->startAudioMixing("file://" + path, LocalMixerModeMix, true, 1));
     EXPECT_EQ(3, engine->getAudioMixingDuration());
     advance(200ms);
     EXPECT_EQ("10 10 0 | 10 0", levels());
     engine->setAudioMixingPosition(2.5);
-    advance(50ms);
+    advance(150ms);
     EXPECT_EQ("10 0 10 | 0 10", levels());
-    engine->setAudioMixingPosition(1.6);
-    advance(300ms);
-    EXPECT_NEAR(1.8, engine->getAudioMixingPosition(), 0.011);
-    EXPECT_EQ("10 10 0 | 10 0", levels());
-    EXPECT_EQ(0, finished);
+    EXPECT_NEAR(2.7, engine->getAudioMixingPosition(), 0.011);
+    EXPECT_EQ(Lines{}, told());
     advance(2s);
-    EXPECT_EQ(1, finished);
+    EXPECT_EQ((Lines{"finished"}), told());
     EXPECT_NEAR(3.9, progress, 0.08) << "an encoder may pad its last block";
     EXPECT_EQ("10 0 0 | 0 0", levels());
   }
@@ -93,10 +72,7 @@ TEST_F(SoundFilesTest, EveryFormatArrivesAtItsLevelAndAtThePlaceThatIsSought) {
 TEST_F(SoundFilesTest, ModesAndVolumesDecideWhoHearsWhat) {
   const std::string path = writeTones(folder, "a.wav", {{500, 0.25}});
   const auto start = [&](std::int64_t mode, bool playback) {
-    return [this, path, mode, playback] {
-      ASSERT_EQ(0, engine->startAudioMixing(path, mode, playback, 0));
-      advance(0us);
-    };
+    return [this, path, mode, playback] { engine->startAudioMixing(path, mode, playback, 0); };
   };
   run(
       {
@@ -110,41 +86,31 @@ TEST_F(SoundFilesTest, ModesAndVolumesDecideWhoHearsWhat) {
           {"resumed", [&] { engine->resumeAudioMixing(); }, "0 10 0 | 10 0"},
           {"muted", [&] { engine->muteLocalStream(kAudio, true); }, "- - - | 10 0"},
           {"unmuted", [&] { engine->muteLocalStream(kAudio, false); }, "0 10 0 | 10 0"},
-          {"mixed again", start(LocalMixerModeMix, true), "10 10 0 | 10 0"},
-          {"the microphone alone is off", [&] { engine->enableMicrophone(false); }, "0 10 0 | 10 0"},
-          {"stopped", [&] { engine->stopAudioMixing(); }, "- - - | 0 0"},
+          {"stopped", [&] { engine->stopAudioMixing(); }, "10 0 0 | 0 0"},
       },
       [this] { return levels(); });
-  EXPECT_EQ(0, finished);
+  EXPECT_EQ(Lines{}, told());
 }
 
 TEST_F(SoundFilesTest, ProgressAndStatesComeInOrder) {
   const std::string half = writeTones(folder, "half.wav", {{500, 0.45}});
-  const auto mixer = LMRTCAudioMixer::sharedInstance();
-  const auto trace = traceMixer();
+  mixer->setDelegate(trace);
   const auto take = [&](Microseconds duration) {
     advance(duration);
     return std::exchange(trace->lines, {});
   };
-  ASSERT_EQ(0, engine->leaveRoom());
-  advance(0us);
+  engine->leaveRoom();
   ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 2));
   EXPECT_EQ((Lines{"state 0 0", "200", "400", "150", "350", "450", "state 2 4"}), take(2s))
       << "without a room, over the seam";
-
   ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 1));
-  take(100ms);
-  mixer->pause();
   mixer->pause();
   mixer->setPlayProgress(0.3);
-  EXPECT_EQ((Lines{"state 1 1", "300"}), take(1s)) << "where it will go on";
+  EXPECT_EQ((Lines{"state 0 0", "state 1 1", "300"}), take(1s)) << "where it will go on";
   mixer->resume();
-  EXPECT_EQ((Lines{"state 0 2"}), take(50ms));
   mixer->setPlayProgress(0.1);
   ASSERT_TRUE(mixer->startMixingWithURL(half, true, LocalMixerModeMix, 1));
-  EXPECT_EQ((Lines{"state 2 5", "state 0 0", "300"}), take(210ms)) << "from the position set before";
-  mixer->setPlayProgress(1e300);
-  EXPECT_EQ((Lines{"450", "state 2 4"}), take(210ms));
+  EXPECT_EQ((Lines{"state 0 2", "state 2 5", "state 0 0", "300"}), take(210ms)) << "from 0.1 s";
 }
 
 TEST_F(SoundFilesTest, EffectsSoundOnTopOfEachOther) {
@@ -161,9 +127,7 @@ TEST_F(SoundFilesTest, EffectsSoundOnTopOfEachOther) {
           {"all at half", [&] { engine->adjustAllAudioEffectsVolume(50); }, "10 5 8 | 5 8"},
           {"one paused", [&] { engine->pauseAudioEffect(5); }, "10 0 8 | 0 8"},
           {"the other at its end", [&] { advance(200ms); }, "10 0 0 | 0 0"},
-          {"one resumed", [&] { engine->resumeAudioEffect(5); }, "10 5 0 | 5 0"},
-          {"a missing file", [&] { engine->playAudioEffect(7, 100, 1); }, "10 5 0 | 5 0"},
-          {"all paused", [&] { engine->pauseAllAudioEffects(); }, "10 0 0 | 0 0"},
+          {"a missing file", [&] { engine->playAudioEffect(7, 100, 1); }, "10 0 0 | 0 0"},
           {"all resumed", [&] { engine->resumeAllAudioEffects(); }, "10 5 0 | 5 0"},
           {"all stopped", [&] { engine->stopAllAudioEffects(); }, "10 0 0 | 0 0"},
       },
@@ -172,7 +136,6 @@ TEST_F(SoundFilesTest, EffectsSoundOnTopOfEachOther) {
 
 TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
   const std::string good = writeTones(folder, "good.wav", {{500, 3}});
-  const auto trace = traceMixer();
   ASSERT_EQ(0, engine->startAudioMixing(good, LocalMixerModeMix, true, 1));
   for (const std::string& path :
        {std::string(), folder.path("missing.wav"), folder.path(""), folder.write("empty.mp3", ""),
@@ -180,32 +143,26 @@ TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
     EXPECT_NE(0, engine->startAudioMixing(path, LocalMixerModeReplace, false, 1, 2.5)) << path;
     EXPECT_EQ(0, engine->getAudioMixingDuration()) << path;
   }
-  advance(0us);
   EXPECT_EQ("10 10 0 | 10 0", levels()) << "the good one goes on";
 
   for (const char* const name : {"cut.flac", "cut.mp3"}) {
     const std::string whole = readFile(writeTones(folder, name, {{500, 3}}));
     folder.write(name, whole.substr(0, whole.size() / 3));
     ASSERT_EQ(0, engine->startAudioMixing(folder.path(name), LocalMixerModeMix, true, 0));
-    LMRTCAudioMixer::sharedInstance()->setDelegate(trace);
+    mixer->setDelegate(trace);
     EXPECT_EQ("10 10 0 | 10 0", levels()) << name;
-    trace->lines.clear();
     advance(2s);
-    ASSERT_GE(trace->lines.size(), 2u);
-    EXPECT_EQ("state 3 6", trace->lines.back());
-    const int reached = std::stoi(trace->lines[trace->lines.size() - 2]);
-    EXPECT_TRUE(reached > 300 && reached < 1500) << name << " " << reached;
+    EXPECT_EQ("state 3 6", trace->lines.back()) << name;
     EXPECT_EQ("10 0 0 | 0 0", levels()) << "the call goes on";
   }
 }
 
 TEST_F(SoundFilesTest, BothSidesAreRecorded) {
-  const std::string path = writeTones(folder, "a.wav", {{500, 1}});
-  ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
   ASSERT_EQ(std::nullopt, local->recordMicrophone(folder.path("sent.wav")));
+  ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
   EXPECT_NE(std::nullopt, local->recordSpeaker(folder.path("no/folder.wav"))) << "and the former is complete";
   ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
-  ASSERT_EQ(0, engine->startAudioMixing(path, LocalMixerModeMix, true, 1));
+  engine->startAudioMixing(writeTones(folder, "a.wav", {{500, 1}}), LocalMixerModeMix, true, 1);
   advance(1s);
   ASSERT_EQ(std::nullopt, local->recordSpeaker({}));
   ASSERT_EQ(std::nullopt, local->recordMicrophone({}));
@@ -215,8 +172,7 @@ TEST_F(SoundFilesTest, BothSidesAreRecorded) {
     SoundMeter all;
     while (const auto sound = reader ? reader->nextSound() : std::nullopt)
       all.samples.insert(all.samples.end(), sound->samples.begin(), sound->samples.end());
-    return all.tenths(300, kMicrophoneLevel) + " " + all.tenths(500, kFileLevel) + " of " +
-           std::to_string(all.samples.size());
+    return all.tenths(300) + " " + all.tenths(500, kFileLevel) + " of " + std::to_string(all.samples.size());
   };
   EXPECT_EQ("0 10 of 96000", tones("speaker.wav"));
   EXPECT_EQ("10 10 of 96000", tones("sent.wav"));

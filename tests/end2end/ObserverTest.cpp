@@ -1,0 +1,247 @@
+#include <functional>
+
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
+#include "LumoRTCLocal/media/Picture.h"
+#include "tests/end2end/CallTest.h"
+
+namespace lumo::test {
+namespace {
+
+/// An observer of sound that keeps it.
+struct Ear : SoundMeter {
+  Ear() {
+    observer->onAudioFrame = [this](const LMRTCIWAudioFrame& frame) {
+      const std::vector<std::int64_t> shape = {frame.length, frame.channels, frame.sampleRate,
+                                               frame.bytesPerSample, frame.samples};
+      EXPECT_EQ((std::vector<std::int64_t>{1920, 2, 48000, 2, 480}), shape);
+      const auto* const begin = reinterpret_cast<const std::int16_t*>(frame.bytes);
+      samples.insert(samples.end(), begin, begin + AudioBlock::kSamples);
+      times.push_back(frame.renderTimeMs);
+    };
+  }
+  std::vector<std::uint64_t> times;
+  const std::shared_ptr<LMRTCIWAudioFrameDelegate> observer = std::make_shared<LMRTCIWAudioFrameDelegate>();
+};
+
+constexpr YuvColor kPaint{110, 90, 170};
+
+CVPixelBufferRef painted(std::int32_t width, std::int32_t height) {
+  return CVPixelBuffer::wrap(solid(width, height, kPaint));
+}
+
+CVPixelBufferRef paintedBgra(std::int32_t width, std::int32_t height) {
+  auto pixels =
+      CVPixelBuffer::createBGRA(static_cast<std::size_t>(width), static_cast<std::size_t>(height), {});
+  toBgra(viewOf(*solid(width, height, kPaint)), pixels->baseAddress(),
+         static_cast<std::int32_t>(pixels->bytesPerRow()));
+  return pixels;
+}
+
+/// One letter each for the left and the right edge: painted, as captured, or anything else.
+std::string edges(const Picture& picture) {
+  std::string text;
+  for (const std::int32_t x : {2, picture->width() - 3}) {
+    const YuvColor color = colorAt(*picture, x, picture->height() / 2);
+    text += isNear(color, kPaint, 2) ? 'P' : isNear(color, testPictureColor(0), 2) ? 'C' : '?';
+  }
+  return text;
+}
+
+class ObserverTest : public CallTest {
+ protected:
+  /// The tones of 300, 400 and 500 Hz that each of them gets in the next 100 ms.
+  std::string tones(const std::vector<SoundMeter*>& meters) {
+    advance(0us);
+    for (SoundMeter* const meter : meters) meter->samples.clear();
+    advance(100ms);
+    std::string text;
+    for (const SoundMeter* const meter : meters) {
+      const bool isSilent = meter->samples.empty();
+      EXPECT_TRUE(isSilent || meter->samples.size() == 10 * AudioBlock::kSamples);
+      text += text.empty() ? "" : " | ";
+      text += isSilent ? "-" : meter->tenths(300) + " " + meter->tenths(400) + " " + meter->tenths(500);
+    }
+    return text;
+  }
+  void settleAndCount(Receiver& receiver) {
+    advance(100ms);  // past what a change sets off
+    receiver.frames = 0;
+    advance(1s);
+  }
+
+  ParticipantPtr anna = add("anna");
+};
+
+TEST_F(ObserverTest, TheMicrophoneIsHeardWhereItIsCapturedAndWhereItIsSent) {
+  Ear captured, sent;
+  SoundMeter member;
+  anna->onAudio(member.sink());
+  const auto setObservers = [&](const auto& first, const auto& second) {
+    EXPECT_EQ(0, engine->setLocalAudioCapturedDelegate(first));
+    EXPECT_EQ(0, engine->setLocalAudioMixedDelegate(second));
+  };
+  const std::string all = "10 0 0 | 10 0 0 | 10 0 0";
+  run(
+      {
+          {"observers", [&] { setObservers(captured.observer, sent.observer); }, "10 0 0 | - | -"},
+          {"join", [&] { join(); }, "10 0 0 | - | -"},
+          {"publish", [&] { publish(kAudio); }, all},
+          {"mute", [&] { engine->muteLocalStream(kAudio, true); }, "10 0 0 | - | -"},
+          {"unmute", [&] { engine->muteLocalStream(kAudio, false); }, all},
+          {"off", [&] { engine->enableMicrophone(false); }, "- | - | -"},
+          {"on", [&] { engine->enableMicrophone(true); }, all},
+          {"nobody subscribed", [&] { anna->onAudio({}); }, "10 0 0 | 10 0 0 | -"},
+          {"removed", [&] { setObservers(nullptr, nullptr); }, "- | - | -"},
+      },
+      [&] {
+        return tones({&captured, &sent, &member});
+      });
+  EXPECT_EQ(captured.times[0] + 10, captured.times[1]);
+  EXPECT_EQ(std::vector<std::uint64_t>(sent.times.size(), 0), sent.times);
+}
+
+TEST_F(ObserverTest, ReceivedSoundIsHeardPerStreamAndMixed) {
+  anna->publishAudio();
+  addPublishing("bob", Media::audioAndVideo, "music");
+  join();
+  Ear voice, music, mix;
+  const auto setObservers = [&](bool on) {
+    EXPECT_EQ(0, engine->setRemoteAudioReceivedDelegate(on ? voice.observer : nullptr, "anna"));
+    EXPECT_EQ(0, engine->setRemoteCustomAudioReceivedDelegate(on ? music.observer : nullptr, "bob", "music"));
+    EXPECT_EQ(0, engine->setRemoteAudioMixedDelegate(on ? mix.observer : nullptr));
+  };
+  const std::string all = "0 10 0 | 0 0 10 | 0 10 10 | 0 10 10";
+  const std::string musicOnly = "- | 0 0 10 | 0 0 10 | 0 0 10";
+  run(
+      {
+          {"nothing subscribed", [&] { setObservers(true); }, "- | - | 0 0 0 | 0 0 0"},
+          {"anna", [&] { engine->subscribe("anna", kAudio); }, "0 10 0 | - | 0 10 0 | 0 10 0"},
+          {"music", [&] { engine->subscribeCustomStream("bob", "music", kAudio, false); }, all},
+          {"mute anna", [&] { engine->muteRemoteStream("anna", kAudio, true); }, musicOnly},
+          {"unmute anna", [&] { engine->muteRemoteStream("anna", kAudio, false); }, all},
+          {"mute all", [&] { engine->muteAllRemoteAudioStreams(true); }, "- | - | 0 0 0 | 0 0 0"},
+          {"unmute all", [&] { engine->muteAllRemoteAudioStreams(false); }, all},
+          {"speaker off", [&] { engine->enableSpeaker(false); }, "0 10 0 | 0 0 10 | 0 10 10 | -"},
+          {"speaker on", [&] { engine->enableSpeaker(true); }, all},
+          {"unsubscribed", [&] { engine->unsubscribe("anna", kAudio); }, musicOnly},
+          {"removed", [&] { setObservers(false); }, "- | - | - | 0 0 10"},
+          {"left", [&] { engine->leaveRoom(); }, "- | - | - | -"},
+      },
+      [&] {
+        return tones({&voice, &music, &mix, &speaker});
+      });
+}
+
+TEST_F(ObserverTest, ThePictureThatTheObserverReturnsIsSent) {
+  const auto bob = add("bob");
+  Receiver normal, tiny;
+  anna->onVideo(normal.sink());
+  bob->onVideo(tiny.sink(), true);
+  join();
+  publish(kVideo);
+  const auto view = LMRTCIWView::create();
+  ASSERT_EQ(0, engine->setLocalView(view));
+  const auto preview = nativeView(view);
+  const auto observer = std::make_shared<LMRTCIWSampleBufferVideoFrameDelegate>();
+  const auto give = [&](const CVPixelBufferRef& pixels) {
+    observer->onSampleBuffer = [pixels](const auto&) {
+      return std::make_shared<CMSampleBuffer>(CMSampleBuffer{pixels, 0});
+    };
+  };
+  const auto giveBack = [&] { observer->onSampleBuffer = [](const auto& buffer) { return buffer; }; };
+  giveBack();
+  ASSERT_EQ(0, engine->setLocalVideoProcessedDelegate(observer));
+  run(
+      {
+          {"the same", giveBack, "15 CC CC"},
+          {"planar", [&] { give(painted(480, 640)); }, "15 PP PP"},
+          {"BGRA", [&] { give(paintedBgra(480, 640)); }, "15 PP PP"},
+          {"no pixels", [&] { give(nullptr); }, "0 PP PP"},
+          {"another size", [&] { give(painted(482, 640)); }, "0 PP PP"},
+          {"the same again", giveBack, "15 CC CC"},
+      },
+      [&] {
+        settleAndCount(normal);
+        EXPECT_EQ("CC", edges(preview->picture()));
+        return std::to_string(normal.frames) + " " + edges(normal.picture) + " " + edges(tiny.picture);
+      });
+  EXPECT_EQ(preview->picture()->dataY(), normal.picture->dataY()) << "a copy";
+}
+
+TEST_F(ObserverTest, ReceivedPicturesAreSeenBeforeTheyAreRendered) {
+  anna->publishVideo();
+  join();
+  const auto view = LMRTCIWView::create();
+  CVPixelBufferRef newest;
+  int pictures = 0;
+  const auto observer = std::make_shared<LMRTCIWPixelBufferVideoFrameDelegate>();
+  observer->onPixelBuffer = [&](const CVPixelBufferRef& pixels) {
+    newest = pixels;
+    ++pictures;
+    const auto rendered = nativeView(view)->picture();
+    EXPECT_FALSE(rendered && rendered->dataY() == pixels->baseAddress(0)) << "rendered already";
+  };
+  ASSERT_EQ(0, engine->setRemoteView(view, "anna"));
+  ASSERT_EQ(0, engine->setRemoteVideoProcessedDelegate(observer, "anna"));
+  run(
+      {
+          {"nothing subscribed", [] {}, "0"},
+          {"subscribed", [&] { engine->subscribe("anna", kVideo); }, "15"},
+          {"muted", [&] { engine->muteRemoteStream("anna", kVideo, true); }, "0"},
+          {"unmuted", [&] { engine->muteRemoteStream("anna", kVideo, false); }, "15"},
+          {"removed", [&] { engine->setRemoteVideoProcessedDelegate(nullptr, "anna"); }, "0"},
+      },
+      [&] {
+        advance(100ms);
+        pictures = 0;
+        advance(1s);
+        return std::to_string(pictures);
+      });
+  EXPECT_EQ(kCVPixelFormatType_420YpCbCr8Planar, newest->pixelFormat());
+}
+
+TEST_F(ObserverTest, TheCameraIsSwitchedTurnedAndPointed) {
+  delegate->onCameraEnabled = recorded("enabled");
+  delegate->onCameraSwitched = recorded("camera");
+  Receiver receiver;
+  anna->onVideo(receiver.sink());
+  join();
+  publish(kVideo);
+  run(
+      {
+          {"start", [] {}, "0 15 0"},
+          {"switch", [&] { engine->switchCamera(); }, "1 15 1000"},
+          {"off", [&] { engine->enableCamera(false); }, "1 0 1000"},
+          {"on", [&] { engine->enableCamera(true); }, "1 15 1000"},
+          {"front", [&] { engine->enableCamera(true, 0); }, "0 15 0"},
+      },
+      [&] {
+        settleAndCount(receiver);
+        return std::to_string(engine->whichCamera()) + " " + std::to_string(receiver.frames) + " " +
+               std::to_string(readingOf(receiver.picture).sourceNumber);
+      });
+  EXPECT_EQ((Lines{"camera 1 0 ", "enabled 0 0 ", "enabled 1 0 ", "enabled 1 0 "}), told());
+
+  FramePool pool;
+  std::vector<std::int32_t> rotations;
+  LMRTCEngine::sharedInstance()->defaultVideoStream()->setIsEncoderMirror(true);
+  for (const std::int64_t orientation : {1, 2, 3, 4, -1, 0}) {
+    engine->setCameraCaptureOrientation(orientation);
+    settleAndCount(receiver);
+    rotations.push_back(receiver.rotation);
+    const auto upright = mirrored(*rotated(receiver.picture, receiver.rotation, pool), pool);
+    EXPECT_EQ(0u, readingOf(rotated(upright, 360 - receiver.rotation, pool)).sourceNumber)
+        << "mirrored as it looks upright, whichever way it is turned";
+  }
+  EXPECT_EQ((std::vector<std::int32_t>{90, 180, 270, 270, 270, 0}), rotations);
+
+  EXPECT_TRUE(engine->isCameraFocusSupported() && engine->isCameraExposurePositionSupported());
+  engine->setCameraFocusPositionInPreview({1, 2});
+  engine->setCameraExposurePositionInPreview({3, 4});
+  EXPECT_EQ((UIPoint{1, 2}), local->cameraFocusPosition());
+  EXPECT_EQ((UIPoint{3, 4}), local->cameraExposurePosition());
+}
+
+}  // namespace
+}  // namespace lumo::test
