@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,15 +36,10 @@ class EventRecorder : public LMRTCRoomEventDelegate, public LMRTCEngineEventDele
   std::weak_ptr<LMRTCRoom> room;
   std::function<void()> onEvent;  ///< after each line
 
-  static std::string name(const Stream& stream) {
-    return stream->streamId() + (stream->mediaType() == LMRTCMediaTypeAudio ? ":a" : ":v") +
-           (stream->resourceState() == LMRTCResourceStateNormal ? "" : "-off");
-  }
-
   void didJoinUser(const User& user) override { line("joined", user); }
   void didLeaveUser(const User& user) override { line("left", user); }
   void didOfflineUser(const User& user) override { line("offline", user); }
-  void didReportFirstFrame(const Stream& stream, std::int64_t) override { line("first " + name(stream)); }
+  void didReportFirstFrame(const Stream& stream, std::int64_t) override { line("first", {stream}); }
   void didPublishStreams(const Streams& streams) override { line("published", streams); }
   void didUnpublishStreams(const Streams& streams) override { line("unpublished", streams); }
   void didPublishLiveStreams(const Streams& streams) override { line("live", streams); }
@@ -53,29 +47,24 @@ class EventRecorder : public LMRTCRoomEventDelegate, public LMRTCEngineEventDele
   void didPublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override { line("cdn"); }
   void didUnpublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override { line("cdn ended"); }
   void didAudioMute(const Stream& stream, bool muted) override {
-    line(std::string(muted ? "muted " : "unmuted ") + name(stream));
+    line(muted ? "muted" : "unmuted", {stream});
   }
-  void didVideoEnable(const Stream& stream, bool enabled) override {
-    line(std::string(enabled ? "enabled " : "disabled ") + name(stream));
-  }
-  void didReceiveMessage(const std::string&) override {}
+  void didVideoEnable(const Stream& stream, bool on) override { line(on ? "enabled" : "disabled", {stream}); }
   void didSwitchRoleWithUser(const User& user, std::int64_t role) override {
     line("role " + std::to_string(role), user);
   }
-  void didReceiveSEI(const std::string& sei, const std::string& userId) override {
-    line("sei " + sei + " " + userId);
+  void didKicked(const std::string& roomId, std::int64_t reason) override {
+    const bool isIn = room.lock() && room.lock()->localUser();
+    line("kicked " + roomId + " " + std::to_string(reason) + (isIn ? " in" : " out"));
   }
+  void didReceiveMessage(const std::string&) override {}
+  void didReceiveSEI(const std::string&, const std::string&) override {}
   void didReceiveLiveStreamSEI(const std::string&) override {}
   void didRequestJoinOtherRoom(const std::string&, const std::string&, const std::string&) override {}
   void didCancelRequestOtherRoom(const std::string&, const std::string&, const std::string&) override {}
   void didResponseJoinOtherRoom(const std::string&, const std::string&, const std::string&,
                                 const std::string&, bool, const std::string&) override {}
   void didFinishOtherRoom(const std::string&, const std::string&) override {}
-  void didKicked(const std::string& roomId, std::int64_t reason) override {
-    const auto joined = room.lock();
-    line("kicked " + roomId + " " + std::to_string(reason) +
-         (joined && joined->localUser() ? " in" : " out"));
-  }
 
  private:
   void line(const std::string& text) {
@@ -89,7 +78,10 @@ class EventRecorder : public LMRTCRoomEventDelegate, public LMRTCEngineEventDele
   }
   void line(const std::string& text, const Streams& streams) {
     std::string all = text;
-    for (const Stream& stream : streams) all += " " + name(stream);
+    for (const Stream& stream : streams) {
+      all += " " + stream->streamId() + (stream->mediaType() == LMRTCMediaTypeAudio ? ":a" : ":v");
+      if (stream->resourceState() != LMRTCResourceStateNormal) all += "-off";
+    }
     const auto joined = room.lock();
     const auto user = joined ? joined->getRemoteUser(streams.front()->userId()) : nullptr;
     line(all + " of " + std::to_string(user ? user->remoteStreams().size() : 0));
@@ -142,9 +134,8 @@ class LocalSdkTest : public ::testing::Test {
     return answerOf([&](auto done) {
       engine->joinRoom(roomId, config, [this, done](std::int64_t code, const auto& joined) {
         EXPECT_EQ(code == 0, joined != nullptr);
-        if (joined) room = joined;
         if (joined) joined->setDelegate(recorder);
-        recorder->room = room;
+        if (joined) recorder->room = room = joined;
         done(code);
       });
     });
@@ -191,18 +182,11 @@ class LocalSdkTest : public ::testing::Test {
 
   Trace takeTrace() { return std::exchange(trace, {}); }
 
+  /// For completions that tell of success and code, and what has come of it.
   template <class Done>
-  static LMRTCLocalUser::Completion plain(Done done) {
-    return [done](bool success, std::int64_t code) {
+  static auto plain(Done done) {
+    return [done](bool success, std::int64_t code, const auto&...) {
       EXPECT_EQ(code == 0, success);
-      done(code);
-    };
-  }
-  template <class Done>
-  static LMRTCLocalUser::LiveCompletion live(Done done) {
-    return [done](bool success, std::int64_t code, const std::shared_ptr<LMRTCLiveInfo>& info) {
-      EXPECT_EQ(code == 0, success);
-      EXPECT_EQ(code == 0, info != nullptr);
       done(code);
     };
   }
