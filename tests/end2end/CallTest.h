@@ -92,17 +92,14 @@ struct Step {
   std::string outcome;
 };
 
-inline void silenceLog() {
-  LMFwLog::getInstance().setThreshold(LMFwLogLevelOff);
-  Console::setSink({});
-}
-
-/// A host's engine on LumoRTCLocal at manual pace; nothing of either may outlive the test. The sound that the
-/// speaker plays is kept in `speaker`, what listeners are told in `lines`.
+/// A host's engine on LumoRTCLocal, at manual pace unless asked; nothing of either may outlive the test. The
+/// sound that the speaker plays is kept in `speaker`, what listeners are told in `lines`.
 class CallTest : public ::testing::Test {
  protected:
-  CallTest() {
-    silenceLog();
+  explicit CallTest(const LumoRTCLocal::Options& options = {LumoRTCLocal::Pace::manual, "me"})
+      : local(LumoRTCLocal::install(options)) {
+    LMFwLog::getInstance().setThreshold(LMFwLogLevelOff);
+    Console::setSink({});
     MainQueue::setOwnThread(false);
     local->setSpeaker([this](const AudioBlock& block, Microseconds) { speaker.add(block); });
     engine = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
@@ -166,7 +163,7 @@ class CallTest : public ::testing::Test {
     return participant;
   }
 
-  std::shared_ptr<LumoRTCLocal> local = LumoRTCLocal::install({LumoRTCLocal::Pace::manual, "me"});
+  const std::shared_ptr<LumoRTCLocal> local;
   std::shared_ptr<LMRTCIWEngineDelegate> delegate = std::make_shared<LMRTCIWEngineDelegate>();
   std::shared_ptr<LMRTCIWEngine> engine;
   SoundMeter speaker;

@@ -40,7 +40,6 @@ class LinkedRoomsTest : public CallTest {
     join(LMRTCIWRoleLiveBroadcaster);
     lines.clear();
   }
-  ~LinkedRoomsTest() override { ben->onInvitation({}); }
 
   ParticipantPtr broadcaster(const std::string& userId, std::uint32_t source) {
     return local->join("s", userId, {.role = Role::broadcaster, .sourceNumber = source}).participant;
@@ -109,26 +108,19 @@ TEST_F(LinkedRoomsTest, InvitationsAreAnsweredTakenBackOrSettledByTheLink) {
 }
 
 TEST_F(LinkedRoomsTest, WhatIsNotPossibleIsRefused) {
-  const auto request = [this](const std::string& room, const std::string& user) {
-    return engine->requestJoinSubRoom(room, user, true, "");
-  };
-  const auto expectAnswer = [this](LocalCode code, std::int64_t accepted) {
+  const auto expectRefused = [this](LocalCode code, std::int64_t accepted) {
     EXPECT_EQ(0, accepted);
     const std::string all = ::testing::PrintToString(told());
     EXPECT_NE(std::string::npos, all.find(" " + std::to_string(code) + " ")) << code << " in " << all;
   };
-  expectAnswer(LocalCodeOwnRoom, request("r", "anna"));
-  expectAnswer(LocalCodeUnknownRoom, request("x", "ben"));
-  expectAnswer(LocalCodeUserNotInRoom, request("s", "anna"));
-  expectAnswer(LocalCodeNoInvitation, engine->cancelJoinSubRoomRequest("s", "cleo", ""));
-  expectAnswer(LocalCodeNotLinked, engine->joinSubRoom("s"));
-  expectAnswer(LocalCodeOtherRoomNotJoined, engine->leaveSubRoom("s", true));
-  expectAnswer(LocalCodeSuccess, request("s", "cleo"));
-  expectAnswer(LocalCodeInvitationPending, request("s", "cleo"));
-  EXPECT_EQ(0, cleo->answer("r", "me", true));
-  expectAnswer(LocalCodeAlreadyLinked, request("s", "ben"));
-  expectAnswer(LocalCodeSuccess, engine->joinSubRoom("s"));
-  expectAnswer(LocalCodeOtherRoomJoined, engine->joinSubRoom("s"));
+  expectRefused(LocalCodeOwnRoom, engine->requestJoinSubRoom("r", "anna", true, ""));
+  expectRefused(LocalCodeUnknownRoom, engine->requestJoinSubRoom("x", "ben", true, ""));
+  expectRefused(LocalCodeNoInvitation, engine->cancelJoinSubRoomRequest("s", "cleo", ""));
+  expectRefused(LocalCodeNotLinked, engine->joinSubRoom("s"));
+  expectRefused(LocalCodeOtherRoomNotJoined, engine->leaveSubRoom("s", true));
+  joinLinked();
+  expectRefused(LocalCodeAlreadyLinked, engine->requestJoinSubRoom("s", "ben", true, ""));
+  expectRefused(LocalCodeOtherRoomJoined, engine->joinSubRoom("s"));
 }
 
 TEST_F(LinkedRoomsTest, TheOtherRoomIsSeenAndHeardAsLongAsTheLinkLasts) {
@@ -225,10 +217,6 @@ TEST_F(LinkedRoomsTest, AVisitorReceivesTheHost) {
   };
   EXPECT_EQ(LocalCodeNotLinked, ben->visit("r"));
   EXPECT_EQ(0, ben->linkRoom("r"));
-  EXPECT_EQ(0, ben->visit("r"));
-  EXPECT_TRUE(received());
-  EXPECT_EQ(0, ben->endVisit("r"));
-  EXPECT_FALSE(received());
   EXPECT_EQ(0, ben->visit("r"));
   EXPECT_TRUE(received());
   EXPECT_EQ(0, cleo->unlinkRoom("r"));

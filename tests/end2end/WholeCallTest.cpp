@@ -118,25 +118,22 @@ TEST_F(WholeCallTest, SurfacesAndObserversAllocateOnlyTheRecordsOfTheQueue) {
   EXPECT_NEAR(4 * 100 + 2 * 15, static_cast<double>(observers.calls), 6);
 }
 
-/// Real time: the host comes and goes, and installs and removes what it can, while other threads link rooms
-/// and steer sound files.
-TEST(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
-  silenceLog();
+class RealTimeCallTest : public CallTest {
+ protected:
+  RealTimeCallTest() : CallTest({.userId = "me", .soundOutput = true}) {}
+};
+
+/// The host comes and goes, and installs and removes what it can, while other threads link rooms and steer
+/// sound files.
+TEST_F(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
   const TempFolder folder;
   const std::string tone = writeTones(folder, "a.mp3", {{500, 0.1}});
   std::counting_semaphore<> sent{0}, moved{0};
-  const auto local = LumoRTCLocal::install({.userId = "me", .soundOutput = true});
   const LumoRTCLocal::ParticipantOptions broadcaster{.role = LumoRTCLocal::Role::broadcaster};
   const auto anna = local->join("r", "anna", broadcaster).participant;
-  ASSERT_EQ(0, anna->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo));
+  anna->publish(kLMRTCDefaultStreamTag, Media::audioAndVideo);
   anna->onVideo([&](const std::string&, const LMRTCVideoFrame&) { sent.release(); });
-
-  const auto engine = LMRTCIWEngine::create(std::make_shared<LMRTCIWEngineSetup>());
-  const auto delegate = std::make_shared<LMRTCIWEngineDelegate>();
-  delegate->onRoomJoined = [&](auto&&...) {
-    engine->publish(kBoth);
-    moved.release();
-  };
+  delegate->onRoomJoined = [&](auto&&...) { moved.release(); };
   delegate->onRoomLeft = [&](auto&&...) { moved.release(); };
   delegate->onUserJoined = [](auto&&...) {};  // without it nobody is announced
   delegate->onRemotePublished = [&](auto&&, auto& user, auto type) { engine->subscribe(user, type); };
@@ -145,7 +142,6 @@ TEST(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
     engine->responseJoinSubRoomRequest(room, user, true, true, "");
     engine->joinSubRoom(room);
   };
-  engine->setEngineDelegate(delegate);
   for (const std::int64_t effect : {0, 1, 2, 3}) engine->createAudioEffect(tone, effect);
 
   std::jthread links([&](const std::stop_token& stop) {
@@ -153,7 +149,6 @@ TEST(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
       const auto cleo = local->join("s", "cleo", broadcaster).participant;
       cleo->publishVideo();
       if (cleo->invite("r", "me") != 0) cleo->unlinkRoom("r");
-      std::this_thread::yield();
       cleo->leave();
     }
   });
@@ -167,11 +162,10 @@ TEST(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
       EXPECT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
     }
   });
-  const auto setup = std::make_shared<LMRTCIWRoomSetup>();
-  setup->role = LMRTCIWRoleLiveBroadcaster;
   for (int round = 0; round < 10; ++round) {
-    engine->joinRoom("r", setup);
+    join(LMRTCIWRoleLiveBroadcaster);
     ASSERT_TRUE(moved.try_acquire_for(20s));
+    publish(kBoth);
     Observers observers;
     auto view = LMRTCIWFlutterView::create();
     observers.install(*engine, true);
@@ -196,8 +190,6 @@ TEST(RealTimeCallTest, WhatIsRemovedIsNotCalledAnyMoreWhateverOtherThreadsDo) {
   links = {};
   sounds = {};
   anna->onVideo({});
-  engine->destroy();
-  local->uninstall();
 }
 
 }  // namespace
