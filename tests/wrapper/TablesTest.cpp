@@ -91,21 +91,17 @@ TEST(ConfigUtility, RelatesPresetsToSizesAndFrameRateValuesToFramesPerSecond) {
     EXPECT_EQ(second, LMRTCIWConfigUtility::getVideoSize(preset, 1));
   }
   EXPECT_EQ(-1, LMRTCIWConfigUtility::getVideoResolution(176, 144));
-  EXPECT_EQ(-1, LMRTCIWConfigUtility::getVideoResolution(0, 0));
-  for (const std::int64_t preset : {std::int64_t{-1}, std::int64_t{17}, kLeast, kMost}) {
-    EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoSize(preset, 0)) << preset;
-  }
-  for (const std::int64_t type : {std::int64_t{-1}, std::int64_t{2}, kLeast}) {
-    EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoSize(16, type)) << type;
-  }
-
   const std::vector<std::int64_t> rates = {10, 15, 24, 30};
   for (std::int64_t fps = 0; fps < 4; ++fps) {
     EXPECT_EQ(rates[static_cast<std::size_t>(fps)], LMRTCIWConfigUtility::getVideoFPS(fps));
   }
-  for (const std::int64_t fps : {std::int64_t{-1}, std::int64_t{4}, kLeast, kMost}) {
-    EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoFPS(fps)) << fps;
+  for (const std::int64_t other : {std::int64_t{-1}, std::int64_t{17}, kLeast, kMost}) {
+    EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoSize(other, 0)) << other;
+    EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoSize(16, other)) << other;
+    EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoFPS(other)) << other;
   }
+  EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoSize(16, 2));
+  EXPECT_EQ(0, LMRTCIWConfigUtility::getVideoFPS(4));
 }
 
 TEST(Records, FreshRecordsDescribeTheirDefaults) {
@@ -118,17 +114,11 @@ TEST(Records, FreshRecordsDescribeTheirDefaults) {
 
   LMRTCIWEngineSetup setup;
   setup.statsReportInterval = -3;
-  EXPECT_EQ("", setup.mediaUrl);
-  EXPECT_FALSE(setup.enableVersionMatch);
   EXPECT_EQ(
       "{\n  \"reconnectable\" : false,\n  \"statsReportInterval\" : -3,\n  \"enableSRTP\" : false,\n"
       "  \"audioSetup\" : \"{\\n  \\\"type\\\" : 111,\\n  \\\"mixOtherAppsAudio\\\" : true\\n}\",\n"
       "  \"videoSetup\" : \"{\\n  \\\"enableTinyStream\\\" : true\\n}\"\n}",
       setup.description());
-
-  LMRTCIWRoomSetup room;
-  room.joinType = std::numeric_limits<std::uint64_t>::max();
-  EXPECT_NE(std::string::npos, room.description().find("\"joinType\" : 18446744073709551615"));
 }
 
 TEST(Json, EscapesWhatTextMayNotHoldAndReplacesBrokenUtf8) {
@@ -140,7 +130,6 @@ TEST(Json, EscapesWhatTextMayNotHoldAndReplacesBrokenUtf8) {
       {"é€😀", "é€😀"},
       {"\xC3", broken},                                                // cut off
       {"\xC0\xAF", broken + broken},                                   // overlong
-      {"\xE0\x9F\xBF", broken + broken + broken},                      // overlong
       {"\xED\xA0\x80", broken + broken + broken},                      // surrogate
       {"\xF4\x90\x80\x80x", broken + broken + broken + broken + "x"},  // above U+10FFFF
       {"\xE2\x82x", broken + broken + "x"},
@@ -148,7 +137,6 @@ TEST(Json, EscapesWhatTextMayNotHoldAndReplacesBrokenUtf8) {
   for (const auto& [in, out] : rows) {
     EXPECT_EQ("{\n  \"k\" : \"" + out + "\"\n}", lumo::JsonObject().add("k", in).text());
   }
-  EXPECT_EQ("{\n}", lumo::JsonObject().text());
 }
 
 TEST(Format, FillsPlaceholdersInOrderAndCopiesTheRest) {
@@ -164,10 +152,8 @@ TEST(Format, FillsPlaceholdersInOrderAndCopiesTheRest) {
       {lumo::format("%@ %@", {list, std::vector<std::string>{}}), "(a, b) ()"},
       {lumo::format("%@ %@", {0.1, Described{}}), "0.1 <described>"},
       {lumo::format("%@%@", {"only one"}), "only one(null)"},
-      {lumo::format("none", {"surplus"}), "none"},
       {lumo::format("100%% of %s, 5% %", {"x"}), "100% of %s, 5% %"},
       {lumo::format("%@", {"%@"}), "%@"},
-      {lumo::format("", {}), ""},
   };
   for (const auto& [got, expected] : rows) EXPECT_EQ(expected, got);
 }
