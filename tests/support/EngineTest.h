@@ -63,32 +63,15 @@ void forEachCallback(LMRTCIWEngineDelegate& host, const Visitor& visit) {
 }
 
 /// A view of the host that writes down what it is told.
-class RecordingView : public LMRTCIWViewDelegate, fake::Counted {
- public:
-  RecordingView(std::shared_ptr<Trace> trace, std::string name)
-      : trace_(std::move(trace)), name_(std::move(name)) {}
-
+struct RecordingView : fake::Fake<LMRTCIWViewDelegate> {
+  using Fake::Fake;
   std::int64_t getViewType() const override { return LMRTCIWViewTypeFlutter; }
-  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& s) override {
-    say(__func__, fake::word(s));
-  }
+  void setLocalView(const std::shared_ptr<LMRTCVideoOutputStream>& s) override { say(__func__, s); }
   void removeLocalView() override { say(__func__); }
-  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& s) override {
-    say(__func__, fake::word(s));
-  }
+  void setRemoteView(const std::shared_ptr<LMRTCVideoInputStream>& s) override { say(__func__, s); }
   void removeRemoteView() override { say(__func__); }
-  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& s) override {
-    say(__func__, fake::word(s));
-  }
+  void setInnerCdnView(const std::shared_ptr<LMRTCCDNInputStream>& s) override { say(__func__, s); }
   void removeInnerCdnView() override { say(__func__); }
-
- private:
-  void say(const std::string& what, const std::string& stream = "") {
-    trace_->add("view " + name_ + " " + what + (stream.empty() ? "" : " ") + stream);
-  }
-
-  const std::shared_ptr<Trace> trace_;
-  const std::string name_;
 };
 
 constexpr auto kNotJoined = LMRTCWrapperCodeLocalUserNotJoined;
@@ -106,7 +89,7 @@ const std::string kNoEngine = "E: rtcEngine is nil";
 class EngineTest : public ::testing::Test {
  protected:
   using Input = std::shared_ptr<LMRTCInputStream>;
-  using Inputs = std::vector<Input>;
+  using Inputs = fake::InputStreams;
   using Lines = std::vector<std::string>;
   using Place = std::source_location;
 
@@ -156,13 +139,6 @@ class EngineTest : public ::testing::Test {
     EXPECT_EQ(Trace::text(lines), trace->take());
   }
 
-  /// Checks that each call of a table, of which `entry` is the entry line, is refused.
-  template <class Calls>
-  void refuse(std::int64_t code, const Calls& calls, const std::string& error,
-              const Place& place = Place::current()) const {
-    for (const auto& c : calls) expect(code, c.call(*engine), {"T " + c.entry, error}, place);
-  }
-
   /// Completes the oldest call of the SDK and checks the whole trace of that.
   void complete(std::int64_t code, const Lines& lines, const Place& place = Place::current()) const {
     trace->take();
@@ -176,59 +152,47 @@ class EngineTest : public ::testing::Test {
     std::istringstream parts(result);
     std::string method, callback, keys;
     std::getline(parts >> method >> callback >> std::ws, keys);
-    const std::string text = std::to_string(code);
-    const std::string status = code == 0 ? "R " : "E ";
+    const std::string line = code == 0 ? "R " : "E ", values = arguments.empty() ? "" : " " + arguments;
     complete(code,
-             {status + method + " callback:" + callback + ", code:" + text + ", " + keys,
-              "host " + callback + " " + arguments + (arguments.empty() ? "" : " ") + text +
-                  (code == 0 ? " ok" : " sdk" + text)},
+             {format("%@%@ callback:%@, code:%@, %@", {line, method, callback, code, keys}),
+              format("host %@%@ %@ %@", {callback, values, code, sdk->codeDesc(code)})},
              place);
   }
 
   /// Joins "r1", with the trace of the completion alone.
-  void replay(std::shared_ptr<LMRTCIWRoomSetup> roomSetup = std::make_shared<LMRTCIWRoomSetup>()) {
-    EXPECT_EQ(0, engine->joinRoom("r1", roomSetup));
+  void replay(std::int64_t role = LMRTCIWRoleMeetingMember) {
+    EXPECT_EQ(0, engine->joinRoom("r1", roomSetup(role)));
     trace->take();
     EXPECT_TRUE(sdk->complete());
   }
   /// Joins "r1" and forgets the trace of it.
   void join(std::int64_t role = LMRTCIWRoleMeetingMember) {
-    replay(roomSetup(role));
+    replay(role);
     trace->take();
   }
   static std::shared_ptr<LMRTCIWRoomSetup> roomSetup(std::int64_t role) {
-    const auto made = std::make_shared<LMRTCIWRoomSetup>();
-    made->role = role;
-    return made;
+    return std::make_shared<LMRTCIWRoomSetup>(LMRTCIWRoomSetup{.role = role});
   }
 
-  /// Lets the SDK release the main room, as it does after leaving.
-  void releaseRoom() {
-    sdk->engine->nextRoom.set(nullptr);
-    room = nullptr;
-  }
-
-  /// Makes a fake of the SDK.
+  /// Makes a fake.
   template <class Object, class... Arguments>
   std::shared_ptr<Object> make(Arguments&&... arguments) const {
     return std::make_shared<Object>(sdk->context, std::forward<Arguments>(arguments)...);
   }
   /// A stream of any media type and kind; of the SDK's video stream class when it is video.
-  Input stream(const std::string& user, const std::string& tag, std::int64_t mediaType, std::int64_t kind = 1,
-               std::int64_t state = 1) const {
-    if (mediaType == 1) return make<fake::VideoInput>(user, tag, mediaType, kind, state);
-    return make<fake::OddInput>(user, tag, mediaType, kind, state);
+  Input stream(const std::string& user, const std::string& tag, fake::Int type, fake::Int kind = 1,
+               fake::Int state = 1) const {
+    if (type == 1) return make<fake::VideoInput>(user, tag, type, kind, state);
+    return make<fake::OddInput>(user, tag, type, kind, state);
   }
   Input audio(const std::string& user) const { return make<fake::AudioInput>(user); }
-  Input video(const std::string& user, std::int64_t state = 1) const {
+  Input video(const std::string& user, fake::Int state = 1) const {
     return stream(user, kLMRTCDefaultStreamTag, 1, 0, state);
   }
   static std::shared_ptr<LMRTCRemoteUser> user(std::optional<std::string> id, Inputs streams = {}) {
     return std::make_shared<fake::RemoteUser>(std::move(id), std::move(streams));
   }
-  std::shared_ptr<RecordingView> view(std::string name) const {
-    return std::make_shared<RecordingView>(trace, std::move(name));
-  }
+  std::shared_ptr<RecordingView> view(const std::string& name) const { return make<RecordingView>(name); }
 
   std::shared_ptr<fake::Provider> sdk = std::make_shared<fake::Provider>();
   std::shared_ptr<Trace> trace = sdk->context->trace;
@@ -240,17 +204,13 @@ class EngineTest : public ::testing::Test {
  private:
   static std::string text(const LMFwLogEntry& entry) {
     EXPECT_EQ(1, entry.type);
-    return "log " + std::to_string(entry.level) + " " + entry.tag +
-           (entry.keys.empty() ? "" : " " + entry.keys);
+    return format("log %@ %@%@%@", {entry.level, entry.tag, entry.keys.empty() ? "" : " ", entry.keys});
   }
 
   template <class... Parameters>
   void record(std::function<void(Parameters...)>& field, const std::string& name) const {
-    field = [log = trace, name](Parameters... parameters) {
-      std::ostringstream line;
-      line << "host " << name;
-      ((line << " " << parameters), ...);
-      log->add(line.str());
+    field = [log = trace, name](const Parameters&... parameters) {
+      log->add((("host " + name) + ... + (" " + fake::word(parameters))));
     };
   }
 };

@@ -9,7 +9,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -18,23 +17,16 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngineEventDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCFileVideoOutputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCInputStream.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLiveInfo.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCLocalUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOtherRoomEventDelegate.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProbeTest.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCProvider.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRemoteUser.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoom.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomConfig.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStatusReport.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
-#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoInputStreamDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoStreamConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoView.h"
 #include "LumoRTCLibWrapper/platform/system/CMSampleBuffer.h"
@@ -47,19 +39,17 @@ namespace lumo::fake {
 
 using Text = const std::string&;
 using Int = std::int64_t;
+using Sound = LMRTCAudioDataCallback;
+using InputStreams = std::vector<std::shared_ptr<LMRTCInputStream>>;
+using RemoteUsers = std::vector<std::shared_ptr<LMRTCRemoteUser>>;
 
 /// Counts the fakes that are alive, so that a test can tell that nothing holds one any more.
-class Counted {
- public:
-  static int alive() { return count_.load(); }
-
- protected:
-  Counted() { ++count_; }
-  Counted(const Counted&) { ++count_; }
-  ~Counted() { --count_; }
-
- private:
-  static inline std::atomic<int> count_{0};
+struct Counted {
+  Counted() { ++count; }
+  Counted(const Counted&) { ++count; }
+  ~Counted() { --count; }
+  static int alive() { return count.load(); }
+  static inline std::atomic<int> count = 0;
 };
 
 /// What all fakes of one test share: the trace, and the completions that the SDK still owes.
@@ -101,9 +91,9 @@ std::string word(const std::vector<std::shared_ptr<Stream>>& streams) {
   for (const auto& one : streams) ids.push_back(one->streamId() + (one->mediaType() == 1 ? ":v" : ":a"));
   return word(ids);
 }
-template <class Stream>
-std::string word(const std::optional<std::vector<std::shared_ptr<Stream>>>& streams) {
-  return streams ? word(*streams) : "nil";
+template <class Value>
+std::string word(const std::optional<Value>& value) {
+  return value ? word(*value) : "nil";
 }
 inline std::string word(const UIRect& r) {
   return lumo::format("%@,%@ %@x%@", {r.x, r.y, r.width, r.height});
@@ -115,46 +105,37 @@ inline std::string word(const LMRTCVideoStreamConfig& c) {
 /// What the config sets, and nothing else.
 inline std::string word(const LMRTCMixConfig& config) {
   std::string out;
-  const auto add = [&out](std::string_view format, FormatValues values) {
-    out += lumo::format(format, values);
-  };
-  const auto& video = config.mediaConfig.videoConfig;
-  if (config.layoutMode) add(" layout:%@", {*config.layoutMode});
-  if (config.customMode) add(" custom:%@", {*config.customMode});
-  if (config.customLayouts) add(" layouts:%@", {config.customLayouts->size()});
+  const auto& [video, audio] = config.mediaConfig;
+  if (config.layoutMode) appendFormat(out, " layout:%@", {*config.layoutMode});
+  if (config.customMode) appendFormat(out, " custom:%@", {*config.customMode});
   for (const auto& l : config.customLayouts.value_or(std::vector<LMRTCCustomLayout>())) {
-    add(" %@[%@,%@ %@x%@]", {l.videoStream->streamId(), l.x, l.y, l.width, l.height});
+    appendFormat(out, " %@[%@,%@ %@x%@]", {l.videoStream->streamId(), l.x, l.y, l.width, l.height});
   }
-  if (config.customMixAudios) add(" audios:%@", {config.customMixAudios->size()});
-  for (const auto& audio : config.customMixAudios.value_or(std::vector<LMRTCCustomMixAudio>())) {
-    add(" %@", {audio.audioStream->streamId()});
+  for (const auto& one : config.customMixAudios.value_or(std::vector<LMRTCCustomMixAudio>())) {
+    appendFormat(out, " %@", {one.audioStream->streamId()});
   }
-  if (video.backgroundColor()) add(" color:%@", {*video.backgroundColor()});
-  if (video.videoExtend.renderMode) add(" render:%@", {*video.videoExtend.renderMode});
-  if (config.mediaConfig.audioConfig.bitrate) add(" audio:%@", {config.mediaConfig.audioConfig.bitrate});
+  if (video.backgroundColor()) appendFormat(out, " color:%@", {*video.backgroundColor()});
+  if (video.videoExtend.renderMode) appendFormat(out, " render:%@", {*video.videoExtend.renderMode});
+  if (audio.bitrate) appendFormat(out, " audio:%@", {audio.bitrate});
   for (const auto* l : {&video.videoLayout, &video.tinyVideoLayout}) {
-    if (!l->fps && !l->width && !l->height && !l->bitrate) continue;
     const char* name = l == &video.videoLayout ? "normal" : "tiny";
-    add(" %@:%@,%@,%@,%@", {name, l->fps, l->width, l->height, l->bitrate});
+    if (!l->fps && !l->width && !l->height && !l->bitrate) continue;
+    appendFormat(out, " %@:%@,%@,%@,%@", {name, l->fps, l->width, l->height, l->bitrate});
   }
-  return out;
+  return out.empty() ? out : out.substr(1);
 }
 
-/// An object of the SDK that writes down its calls, with `name` in front when it has one.
+/// An object that writes down its calls as "-> name.call arguments", or "-> call arguments" without a name.
 template <class Base>
-class Fake : public Base, Counted {
- public:
+struct Fake : Base, Counted {
   template <class... Arguments>
-  explicit Fake(Shared shared, Text name = {}, const Arguments&... arguments)
-      : Base(arguments...),
-        context(std::move(shared)),
-        prefix_(name.empty() ? "sdk " : "sdk " + name + ".") {}
+  explicit Fake(Shared shared, Text called = {}, const Arguments&... arguments)
+      : Base(arguments...), context(std::move(shared)), name(called) {}
 
- protected:
   template <class... Values>
   void say(Text what, const Values&... values) const {
     if (!context->trace) return;
-    std::string line = prefix_ + what;
+    std::string line = "-> " + name + (name.empty() ? "" : ".") + what;
     ((line += " " + word(values)), ...);
     context->trace->add(line);
   }
@@ -170,7 +151,6 @@ class Fake : public Base, Counted {
       }
     });
   }
-
   /// Writes down that a hook or a listener is installed, and keeps it.
   template <class Value>
   void keep(Cell<Value>& cell, Value value, Text what) const {
@@ -179,68 +159,54 @@ class Fake : public Base, Counted {
   }
 
   const Shared context;
-
- private:
-  const std::string prefix_;
+  const std::string name;
 };
 
 /// Adds the listener.
 template <class Base, class Listener>
-class Heard : public Base {
- public:
+struct Heard : Base {
   using Base::Base;
-  void setDelegate(std::weak_ptr<Listener> value) override { this->keep(listener_, value, __func__); }
+  void setDelegate(std::weak_ptr<Listener> value) override { this->keep(listener, value, __func__); }
   /// The installed listener; an event is fired by calling it.
-  std::shared_ptr<Listener> events() const { return listener_.get().lock(); }
+  std::shared_ptr<Listener> events() const { return listener.get().lock(); }
 
- private:
-  Cell<std::weak_ptr<Listener>> listener_;
+  Cell<std::weak_ptr<Listener>> listener;
 };
 
 template <class Base>
-class Stream : public Fake<Base> {
- public:
-  explicit Stream(Shared shared, Text user, Text tag = kLMRTCDefaultStreamTag, Int mediaType = 0,
-                  Int kind = 0, Int state = LMRTCResourceStateNormal)
-      : Fake<Base>(std::move(shared), user + "_" + tag),
-        streamId_(user + "_" + tag),
-        userId_(user),
-        tag_(tag),
-        mediaType_(mediaType),
-        kind_(kind),
-        state_(state) {}
-
-  Text streamId() const override { return streamId_; }
-  Text userId() const override { return userId_; }
-  Text tag() const override { return tag_; }
-  Int mediaType() const override { return mediaType_; }
-  Int mediaStreamType() const override { return kind_; }
+struct Stream : Fake<Base> {
+  explicit Stream(Shared shared, Text user, Text streamTag = kLMRTCDefaultStreamTag, Int media = 0,
+                  Int streamKind = 0, Int streamState = LMRTCResourceStateNormal)
+      : Fake<Base>(std::move(shared), user + "_" + streamTag),
+        owner(user),
+        label(streamTag),
+        type(media),
+        kind(streamKind),
+        state(streamState) {}
+  Text streamId() const override { return this->name; }
+  Text userId() const override { return owner; }
+  Text tag() const override { return label; }
+  Int mediaType() const override { return type; }
+  Int mediaStreamType() const override { return kind; }
   void setIsMute(bool mute) override { this->say(__func__, mute); }
   bool isMute() const override { return false; }
 
- private:
-  const std::string streamId_, userId_, tag_;
-  const Int mediaType_, kind_;
-
- protected:
-  const Int state_;
+  const std::string owner, label;
+  const Int type, kind, state;
 };
 
 template <class Base>
-class Input : public Stream<Base> {
- public:
+struct Input : Stream<Base> {
   using Stream<Base>::Stream;
-  Int resourceState() const override { return this->state_; }
-  void setAudioDataCallback(LMRTCAudioDataCallback value) override { this->keep(audioData, value, __func__); }
+  Int resourceState() const override { return this->state; }
+  void setAudioDataCallback(Sound value) override { this->keep(audioData, value, __func__); }
 
-  /// The installed hook; sound is delivered by calling it.
-  Cell<LMRTCAudioDataCallback> audioData;
+  Cell<Sound> audioData;  ///< the installed hook; sound is delivered by calling it
 };
 
 /// An input stream that can be shown.
 template <class Base>
-class VisibleInput : public Input<Base> {
- public:
+struct VisibleInput : Input<Base> {
   using Input<Base>::Input;
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override { this->say(__func__, view); }
 };
@@ -250,30 +216,25 @@ using VideoInput = Heard<VisibleInput<LMRTCVideoInputStream>, LMRTCVideoInputStr
 /// Says that it is of some media type, without being a stream class of the SDK.
 using OddInput = Input<LMRTCInputStream>;
 
-class CdnInput : public VisibleInput<LMRTCCDNInputStream> {
- public:
+struct CdnInput : VisibleInput<LMRTCCDNInputStream> {
   using VisibleInput::VisibleInput;
   void setVideoConfig(Int preset, Int fps, Completion done) override { ask(done, __func__, preset, fps); }
 };
 
-class Microphone : public Stream<LMRTCAudioOutputStream> {
- public:
+struct Microphone : Stream<LMRTCAudioOutputStream> {
   using Stream::Stream;
   void setAudioQuality(Int quality, Int scenario) override { say(__func__, quality, scenario); }
   void setRecordingVolume(std::uint64_t volume) override { say(__func__, volume); }
-  void setAudioCodecType(Int type) override { say(__func__, type); }
+  void setAudioCodecType(Int codec) override { say(__func__, codec); }
   void setMicrophoneDisable(bool disabled) override { say(__func__, disabled); }
-  void setRecordAudioDataCallback(LMRTCAudioDataCallback value) override { keep(recorded, value, __func__); }
-  void setWillSendAudioBufferCallback(LMRTCAudioDataCallback value) override {
-    keep(willSend, value, __func__);
-  }
+  void setRecordAudioDataCallback(Sound hook) override { keep(recorded, hook, __func__); }
+  void setWillSendAudioBufferCallback(Sound hook) override { keep(willSend, hook, __func__); }
 
-  Cell<LMRTCAudioDataCallback> recorded, willSend;
+  Cell<Sound> recorded, willSend;
 };
 
 template <class Base>
-class VideoOutput : public Stream<Base> {
- public:
+struct VideoOutput : Stream<Base> {
   using Hook = LMRTCVideoOutputStream::SendBufferCallback;
   using Stream<Base>::Stream;
   void setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) override { this->say(__func__, view); }
@@ -283,8 +244,7 @@ class VideoOutput : public Stream<Base> {
   Cell<Hook> willSend;
 };
 
-class Camera : public VideoOutput<LMRTCCameraVideoOutputStream> {
- public:
+struct Camera : VideoOutput<LMRTCCameraVideoOutputStream> {
   using VideoOutput::VideoOutput;
   void setTinyVideoConfig(const LMRTCVideoStreamConfig& config) override { say(__func__, config); }
   void setEnableTinyStream(bool enabled) override { say(__func__, enabled); }
@@ -300,8 +260,7 @@ class Camera : public VideoOutput<LMRTCCameraVideoOutputStream> {
   void setCameraExposurePositionInPreview(const UIPoint& point) override { say(__func__, point); }
   void setVideoOrientation(Int orientation) override { say(__func__, orientation); }
   bool setWaterMark(const std::shared_ptr<const UIImage>& image, const UIRect& place) override {
-    say(__func__, image, place);
-    return supported;
+    return say(__func__, image, place), supported;
   }
 
   std::atomic<Int> position = LMRTCDeviceCameraFront;
@@ -309,51 +268,37 @@ class Camera : public VideoOutput<LMRTCCameraVideoOutputStream> {
 };
 
 /// A file stream, as a custom stream of the local user.
-class FileOutput : public Heard<VideoOutput<LMRTCFileVideoOutputStream>, LMRTCFileVideoOutputStreamDelegate> {
- public:
+struct FileOutput : Heard<VideoOutput<LMRTCFileVideoOutputStream>, LMRTCFileVideoOutputStreamDelegate> {
   FileOutput(Shared shared, Text tag) : Heard(std::move(shared), "me", tag, 1, 1) {}
   void stop() override { say(__func__); }
 };
 
-class LiveInfo : public Fake<LMRTCLiveInfo> {
- public:
+struct LiveInfo : Fake<LMRTCLiveInfo> {
   using Fake::Fake;
-  void setMixConfig(const LMRTCMixConfig& config, Completion done) override {
-    ask(done, "setMixConfig" + word(config));
-  }
+  void setMixConfig(const LMRTCMixConfig& config, Completion done) override { ask(done, __func__, config); }
   void addPublishStreamUrl(Text url, Completion done) override { ask(done, __func__, url); }
   void removePublishStreamUrl(Text url, Completion done) override { ask(done, __func__, url); }
   void enableInnerCDN(bool enabled, SwitchCompletion done) override { ask(done, __func__, enabled); }
 };
 
-class RemoteUser : public LMRTCRemoteUser, Counted {
- public:
-  using Streams = std::vector<std::shared_ptr<LMRTCInputStream>>;
-  RemoteUser(std::optional<std::string> id, Streams published)
-      : id_(std::move(id)), streams_(std::move(published)) {}
-  std::optional<std::string> userId() const override { return id_; }
-  Streams remoteStreams() const override { return streams_; }
+struct RemoteUser : LMRTCRemoteUser, Counted {
+  using Streams = InputStreams;
+  RemoteUser(std::optional<std::string> id, Streams all) : name(std::move(id)), streams(std::move(all)) {}
+  std::optional<std::string> userId() const override { return name; }
+  Streams remoteStreams() const override { return streams; }
 
- private:
-  const std::optional<std::string> id_;
-  const Streams streams_;
+  const std::optional<std::string> name;
+  const Streams streams;
 };
 
-class LocalUser : public Fake<LMRTCLocalUser> {
- public:
+struct LocalUser : Fake<LMRTCLocalUser> {
   using Fake::Fake;
   using Output = std::shared_ptr<LMRTCOutputStream>;
-  using MaybeInputs = std::optional<InputStreams>;
-
-  /// What live publications deliver, whatever their code.
-  Cell<std::shared_ptr<LMRTCLiveInfo>> nextLiveInfo;
-  /// What the local user publishes. Set before threads use the user.
-  OutputStreams published;
-  Int seiAnswer = 0;  ///< what `sendSEI` returns
+  using Inputs = std::optional<InputStreams>;
   /// Completes a role switch: 0 succeeds, this kicks, any other code fails.
   static constexpr Int kKicked = -1;
 
-  Text userId() const override { return id_; }
+  Text userId() const override { return id; }
   OutputStreams streams() const override { return published; }
   void publishStreams(const OutputStreams& s, Completion done) override { ask(done, __func__, s); }
   void unpublishStreams(const OutputStreams& s, Completion done) override { ask(done, __func__, s); }
@@ -361,19 +306,18 @@ class LocalUser : public Fake<LMRTCLocalUser> {
   void publishDefaultLiveStreams(LiveCompletion done) override { ask(live(done), __func__); }
   void unpublishLiveStream(const Output& s, Completion done) override { ask(done, __func__, s); }
   void unpublishDefaultLiveStreams(Completion done) override { ask(done, __func__); }
-  void subscribeStream(const MaybeInputs& normal, const MaybeInputs& tiny, Completion done) override {
+  void subscribeStream(const Inputs& normal, const Inputs& tiny, Completion done) override {
     ask(done, __func__, normal, "tiny", tiny);
   }
   void unsubscribeStreams(const InputStreams& s, Completion done) override { ask(done, __func__, s); }
   void publishStream(const Output& s, Completion done) override { ask(done, __func__, s); }
   void unpublishStream(const Output& s, Completion done) override { ask(done, __func__, s); }
-  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster done, Failed failed,
-                           Kicked kicked) override {
-    const auto succeed = [done, info = nextLiveInfo.get()] { done(info); };
-    ask(switched(succeed, failed, kicked), __func__, config != nullptr);
+  void switchToBroadcaster(const LMRTCMixConfig* config, BecameBroadcaster done, Failed no,
+                           Kicked out) override {
+    ask(switched([done, info = nextLiveInfo.get()] { done(info); }, no, out), __func__, config != nullptr);
   }
-  void switchToAudienceOnSucceed(std::function<void()> done, Failed failed, Kicked kicked) override {
-    ask(switched(done, failed, kicked), __func__);
+  void switchToAudienceOnSucceed(std::function<void()> done, Failed no, Kicked out) override {
+    ask(switched(done, no, out), __func__);
   }
   void requestJoinOtherRoom(Text room, Text user, bool mix, Text extra, CodeCompletion done) override {
     ask(done, __func__, room, user, mix, extra);
@@ -381,75 +325,62 @@ class LocalUser : public Fake<LMRTCLocalUser> {
   void cancelRequestJoinOtherRoom(Text room, Text user, Text extra, CodeCompletion done) override {
     ask(done, __func__, room, user, extra);
   }
-  void responseJoinOtherRoom(Text room, Text user, bool agree, bool mix, Text extra,
+  void responseJoinOtherRoom(Text room, Text user, bool yes, bool mix, Text extra,
                              CodeCompletion done) override {
-    ask(done, __func__, room, user, agree, mix, extra);
+    ask(done, __func__, room, user, yes, mix, extra);
   }
   void setEnableSEI(bool enabled, CodeCompletion done) override { ask(done, __func__, enabled); }
   Int sendSEI(Text sei) override { return say(__func__, sei), seiAnswer; }
 
- private:
   Context::Completion live(LiveCompletion done) const {
     return [done = std::move(done), info = nextLiveInfo.get()](Int code) { done(code == 0, code, info); };
   }
   static Context::Completion switched(std::function<void()> done, Failed failed, Kicked kicked) {
-    return [=](Int code) {
-      if (code == kKicked) return kicked();
-      return code == 0 ? done() : failed(code);
-    };
+    return [=](Int code) { code == kKicked ? kicked() : code == 0 ? done() : failed(code); };
   }
 
-  const std::string id_ = "me";
+  const std::string id = "me";
+  Cell<std::shared_ptr<LMRTCLiveInfo>> nextLiveInfo;  ///< what live publications deliver, whatever their code
+  OutputStreams published;                            ///< set before threads use the user
+  Int seiAnswer = 0;                                  ///< what `sendSEI` returns
 };
 
 /// What the main room and other rooms share. Set the fields before threads use the room.
 template <class Base>
-class AnyRoom : public Fake<Base> {
- public:
-  AnyRoom(Shared shared, Text id) : Fake<Base>(std::move(shared), id), id_(id) {}
-
-  std::vector<std::shared_ptr<LMRTCRemoteUser>> users;
-
-  Text roomId() const override { return id_; }
-  std::vector<std::shared_ptr<LMRTCRemoteUser>> remoteUsers() const override { return users; }
+struct AnyRoom : Fake<Base> {
+  using Fake<Base>::Fake;
+  Text roomId() const override { return this->name; }
+  RemoteUsers remoteUsers() const override { return users; }
   std::shared_ptr<LMRTCRemoteUser> getRemoteUser(Text userId) const override {
     const auto found = std::ranges::find(users, userId, &LMRTCRemoteUser::userId);
     return found == users.end() ? nullptr : *found;
   }
 
- private:
-  const std::string id_;
+  RemoteUsers users;
 };
 
-class Room : public Heard<AnyRoom<LMRTCRoom>, LMRTCRoomEventDelegate> {
- public:
+struct Room : Heard<AnyRoom<LMRTCRoom>, LMRTCRoomEventDelegate> {
   using Heard::Heard;
+  std::string sessionId() const override { return "session of " + name; }
+  std::shared_ptr<LMRTCLocalUser> localUser() const override { return me; }
+  std::vector<std::string> otherRoomIdArray() const override { return others; }
+  InputStreams getLiveStreams() const override { return live; }
+  std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return cdn; }
+  void muteAllRemoteAudio(bool mute) override { say(__func__, mute); }
+  void setReceivedAudioBufferCallback(Sound hook) override { keep(received, hook, __func__); }
 
   std::shared_ptr<LocalUser> me = std::make_shared<LocalUser>(context);
   std::vector<std::string> others;
-  std::vector<std::shared_ptr<LMRTCInputStream>> live;
+  InputStreams live;
   std::shared_ptr<LMRTCCDNInputStream> cdn;
-  Cell<LMRTCAudioDataCallback> received;
-
-  std::string sessionId() const override { return "session of " + roomId(); }
-  std::shared_ptr<LMRTCLocalUser> localUser() const override { return me; }
-  std::vector<std::string> otherRoomIdArray() const override { return others; }
-  std::vector<std::shared_ptr<LMRTCInputStream>> getLiveStreams() const override { return live; }
-  std::shared_ptr<LMRTCCDNInputStream> getCDNStream() const override { return cdn; }
-  void muteAllRemoteAudio(bool mute) override { say(__func__, mute); }
-  void setReceivedAudioBufferCallback(LMRTCAudioDataCallback value) override {
-    keep(received, value, __func__);
-  }
+  Cell<Sound> received;
 };
 
 using OtherRoom = Heard<AnyRoom<LMRTCOtherRoom>, LMRTCOtherRoomEventDelegate>;
 
-class EffectManager : public Fake<LMRTCAudioEffectManager> {
- public:
+struct EffectManager : Fake<LMRTCAudioEffectManager> {
   using Fake::Fake;
-  void playEffect(Int id, Text path, Int loops, bool publish) override {
-    say(__func__, id, path, loops, publish);
-  }
+  void playEffect(Int id, Text file, Int loops, bool sent) override { say(__func__, id, file, loops, sent); }
   void setVolumeOfEffect(Int id, std::uint64_t volume) override { say(__func__, id, volume); }
   Int getVolumeOfEffectId(Int id) const override { return 70 + id; }
   void pauseEffect(Int id) override { say(__func__, id); }
@@ -462,89 +393,73 @@ class EffectManager : public Fake<LMRTCAudioEffectManager> {
   Int getEffectsVolume() const override { return 60; }
 };
 
-class Mixer : public Heard<Fake<LMRTCAudioMixer>, LMRTCAudioMixerAudioPlayDelegate> {
- public:
+struct Mixer : Heard<Fake<LMRTCAudioMixer>, LMRTCAudioMixerAudioPlayDelegate> {
   using Heard::Heard;
   bool startMixingWithURL(Text url, bool playback, Int mode, std::uint64_t loops) override {
-    say(__func__, url, playback, mode, loops);
-    return accepts;
+    return say(__func__, url, playback, mode, loops), accepts;
   }
   void pause() override { say(__func__); }
   void resume() override { say(__func__); }
   void stop() override { say(__func__); }
-  void setMixingVolume(std::uint64_t volume) override { mixing_ = volume; }
-  std::uint64_t mixingVolume() const override { return mixing_; }
-  void setPlayingVolume(std::uint64_t volume) override { playing_ = volume; }
-  std::uint64_t playingVolume() const override { return playing_; }
+  void setMixingVolume(std::uint64_t volume) override { mixing = volume; }
+  std::uint64_t mixingVolume() const override { return mixing; }
+  void setPlayingVolume(std::uint64_t volume) override { playing = volume; }
+  std::uint64_t playingVolume() const override { return playing; }
   void setPlayProgress(double progress) override { say(__func__, progress); }
 
   std::atomic<bool> accepts = true;  ///< the answer to a start
-
- private:
-  std::atomic<std::uint64_t> mixing_ = 100, playing_ = 100;
+  std::atomic<std::uint64_t> mixing = 100, playing = 100;
 };
 
-class Engine : public Heard<Fake<LMRTCEngine>, LMRTCEngineEventDelegate> {
- public:
+struct Engine : Heard<Fake<LMRTCEngine>, LMRTCEngineEventDelegate> {
   using Heard::Heard;
-
-  /// What joins deliver, whatever their code, and what other joins and file streams deliver.
-  Cell<std::shared_ptr<LMRTCRoom>> nextRoom;
-  Cell<std::shared_ptr<LMRTCOtherRoom>> nextOtherRoom;
-  Cell<std::shared_ptr<LMRTCFileVideoOutputStream>> nextFile;
-  /// The installed listeners.
-  Cell<std::weak_ptr<LMRTCStatusReportDelegate>> statusDelegate;
-  Cell<std::weak_ptr<LMRTCProbeTestDelegate>> probeDelegate;
-  const std::shared_ptr<Microphone> microphone = std::make_shared<Microphone>(context, "me", "mic");
-  const std::shared_ptr<Camera> camera = std::make_shared<Camera>(context, "me", "cam", 1);
+  using Status = std::weak_ptr<LMRTCStatusReportDelegate>;
+  using Probe = std::weak_ptr<LMRTCProbeTestDelegate>;
+  using File = std::shared_ptr<LMRTCFileVideoOutputStream>;
 
   void setMediaServerUrl(Text url) override { say(__func__, url); }
   void initWithConfig(const LMRTCConfig& c) override {
-    say(lumo::format("initWithConfig reconnect:%@ srtp:%@ report:%@ mix:%@ mismatch:%@",
-                     {c.isEnableAutoReconnect(), c.enableSRTP(), c.statusReportInterval(),
-                      c.enableMixWithOthers(), c.enableVersionMismatch()}));
+    say(__func__, c.isEnableAutoReconnect(), c.enableSRTP(), c.statusReportInterval(),
+        c.enableMixWithOthers(), c.enableVersionMismatch());
   }
   void unInit() override { say(__func__); }
-  void joinRoom(Text roomId, const LMRTCRoomConfig& c, JoinCompletion done) override {
-    const auto text = [](std::optional<Int> value) { return value ? std::to_string(*value) : "unset"; };
+  void joinRoom(Text id, const LMRTCRoomConfig& c, JoinCompletion done) override {
     const auto join = [done, room = std::weak_ptr(nextRoom.get())](Int code) { done(code, room.lock()); };
-    ask(join, __func__, roomId, "live:" + text(c.liveType()), "room:" + text(c.roomType()),
-        "role:" + text(c.roleType()), "join:" + text(c.joinRoomType()));
+    ask(join, __func__, id, c.liveType(), c.roomType(), c.roleType(), c.joinRoomType());
   }
   void leaveRoom(Completion done) override { ask(done, __func__); }
   std::shared_ptr<LMRTCAudioOutputStream> defaultAudioStream() const override { return microphone; }
   std::shared_ptr<LMRTCCameraVideoOutputStream> defaultVideoStream() const override { return camera; }
   void enableSpeaker(bool enabled) override { say(__func__, enabled); }
-  void setStatusReportDelegate(std::weak_ptr<LMRTCStatusReportDelegate> value) override {
-    keep(statusDelegate, value, __func__);
+  void setStatusReportDelegate(Status value) override { keep(statusDelegate, value, __func__); }
+  void joinOtherRoom(Text id, JoinOtherCompletion done) override {
+    ask([done, room = nextOtherRoom.get()](Int code) { done(code, room); }, __func__, id);
   }
-  void joinOtherRoom(Text roomId, JoinOtherCompletion done) override {
-    ask([done, room = nextOtherRoom.get()](Int code) { done(code, room); }, __func__, roomId);
+  void leaveOtherRoom(Text id, bool end, LeaveOtherCompletion done) override { ask(done, __func__, id, end); }
+  File createFileVideoOutputStream(Text url, bool replaceAudio, bool playback, Text tag,
+                                   const LMRTCVideoStreamConfig&) override {
+    return say(__func__, url, replaceAudio, playback, tag), nextFile.get();
   }
-  void leaveOtherRoom(Text roomId, bool notifyFinished, LeaveOtherCompletion done) override {
-    ask(done, __func__, roomId, notifyFinished);
-  }
-  std::shared_ptr<LMRTCFileVideoOutputStream> createFileVideoOutputStream(
-      Text url, bool replaceAudio, bool playback, Text tag, const LMRTCVideoStreamConfig&) override {
-    say(__func__, url, replaceAudio, playback, tag);
-    return nextFile.get();
-  }
-  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects_; }
+  std::shared_ptr<LMRTCAudioEffectManager> audioEffectManager() const override { return effects; }
   void startEchoTest(double seconds) override { say(__func__, seconds); }
   void stopEchoTest() override { say(__func__); }
-  void setProbeTestDelegate(std::weak_ptr<LMRTCProbeTestDelegate> value) override {
-    keep(probeDelegate, value, __func__);
-  }
+  void setProbeTestDelegate(Probe value) override { keep(probeDelegate, value, __func__); }
   void startRTCProbeTest(Completion done) override { ask(done, __func__); }
   void stopRTCProbeTest(Completion done) override { ask(done, __func__); }
   void preconnectMediaServer() override { say(__func__); }
 
- private:
-  const std::shared_ptr<EffectManager> effects_ = std::make_shared<EffectManager>(context);
+  /// What joins deliver, whatever their code, and what other joins and file streams deliver.
+  Cell<std::shared_ptr<LMRTCRoom>> nextRoom;
+  Cell<std::shared_ptr<LMRTCOtherRoom>> nextOtherRoom;
+  Cell<File> nextFile;
+  Cell<Status> statusDelegate;  ///< installed, as `probeDelegate`
+  Cell<Probe> probeDelegate;
+  const std::shared_ptr<Microphone> microphone = std::make_shared<Microphone>(context, "me", "mic");
+  const std::shared_ptr<Camera> camera = std::make_shared<Camera>(context, "me", "cam", 1);
+  const std::shared_ptr<EffectManager> effects = std::make_shared<EffectManager>(context);
 };
 
-class VideoView : public Fake<LMRTCVideoView> {
- public:
+struct VideoView : Fake<LMRTCVideoView> {
   using Fake::Fake;
   void setFillMode(Int mode) override { say(__func__, mode); }
   void setIsPreviewMirror(bool mirror) override { say(__func__, mirror); }
@@ -554,8 +469,7 @@ class VideoView : public Fake<LMRTCVideoView> {
 
 /// An SDK that does nothing but write down what it is asked and answer when the test says so. The pixels are
 /// for tests on the in-process SDK.
-class Provider : public LMRTCProvider {
- public:
+struct Provider : LMRTCProvider {
   using Plane = const std::uint8_t*;
   using Target = std::uint8_t*;
   using Stride = std::int32_t;
@@ -571,7 +485,7 @@ class Provider : public LMRTCProvider {
   double durationOfAudioFile(Text) override { return 3.9; }
   std::string codeDesc(Int code) override { return code == 0 ? "ok" : "sdk" + std::to_string(code); }
   std::shared_ptr<LMRTCVideoView> createVideoView(const UIRect& frame) override {
-    context->trace->add("sdk createVideoView " + word(frame));
+    context->trace->add("-> createVideoView " + word(frame));
     return std::make_shared<VideoView>(context, "view", frame);
   }
   void i420Rotate(Plane, Stride, Plane, Stride, Plane, Stride, Target, Stride, Target, Stride, Target, Stride,

@@ -27,7 +27,8 @@ class Trace {
   }
 
   /// Joins expected lines. "T publish type:2" is short for "log 4 IW/RTC-publish-T type:2", and so for E, R,
-  /// L and S. "E: text" is the error line with that text of the method of the entry line before it.
+  /// L and S. "E: text" is the error line with that text of the method of the entry line before it, and
+  /// "C text" the engine's console line.
   static std::string text(const std::vector<std::string>& lines) {
     std::stringstream all;
     for (const auto& line : lines) all << line << "\n";
@@ -37,6 +38,8 @@ class Trace {
       if (line.starts_with("T ")) method = line.substr(2, end - 2);
       if (line.starts_with("E: ")) {
         text += "log 2 IW/RTC-" + method + "-E msg:" + line.substr(3);
+      } else if (line.starts_with("C ")) {
+        text += "console LMRTCIWEngine" + line.substr(1);
       } else if (line.find(' ') == 1) {
         text += std::string("log ") + (line[0] == 'E' ? "2" : "4") + " IW/RTC-" + line.substr(2, end - 2) +
                 "-" + line[0] + line.substr(end);
