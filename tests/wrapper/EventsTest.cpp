@@ -91,8 +91,14 @@ TEST_F(EventsTest, UsersComeAndGo) {
       on([&] { sub->didOfflineUser(s1, u1); }, "", "", {"onUserOffline room:s1,user:u1| s1 u1"}),
       on([&] { sub->didLeaveUser(s1, u1); }, "", "", {"onUserLeft room:s1,user:u1| s1 u1"}),
   });
-  expect(on([&] { main->didJoinUser(user(std::nullopt)); }, "C didJoinUser: (null)", ""),
+}
+
+TEST_F(EventsTest, AnAbsentIdReadsAsAbsentInTheLogAndAsEmptyByTheHost) {
+  const auto nobody = user(std::nullopt);
+  expect(on([&] { main->didJoinUser(nobody); }, "C didJoinUser: (null)", ""),
          {"E didJoinUser msg:room is nil or localUser is nil"});
+  expect(on([&] { sub->didLeaveUser(s1, nobody); }, "", ""),
+         {"L onUserLeft room:s1,user:(null)", "host onUserLeft s1 "});
 }
 
 TEST_F(EventsTest, UsersOfSubRoomsComeWithTheirStreams) {
