@@ -35,8 +35,6 @@ inline constexpr std::int64_t kAudio = LMRTCIWMediaTypeAudio;
 inline constexpr std::int64_t kVideo = LMRTCIWMediaTypeVideo;
 inline constexpr std::int64_t kBoth = LMRTCIWMediaTypeAudioVideo;
 
-inline constexpr double kToneLevel = 0.2;  ///< of every microphone
-
 using Lines = std::vector<std::string>;
 using Picture = std::shared_ptr<const LumoRTCI420Buffer>;
 
@@ -48,8 +46,8 @@ struct SoundMeter {
   LumoRTCLocal::Participant::AudioSink sink() {
     return [this](const std::string&, const AudioBlock& block, Microseconds) { add(block); };
   }
-  /// In tenths of `full`; "-" when there was no sound at all.
-  std::string tenths(double frequencyHz, double full = kToneLevel) const {
+  /// In tenths of `full`, such as that of every microphone; "-" when there was no sound at all.
+  std::string tenths(double frequencyHz, double full = 0.2) const {
     return samples.empty() ? "-" : std::to_string(std::lround(toneLevel(samples, frequencyHz) / full * 10));
   }
 
@@ -156,10 +154,9 @@ class CallTest : public ::testing::Test {
     advance(0us);
   }
   ParticipantPtr add(const std::string& userId) { return local->join("r", userId).participant; }
-  ParticipantPtr addPublishing(const std::string& userId, Media media,
-                               const std::string& tag = kLMRTCDefaultStreamTag) {
+  ParticipantPtr addPublishing(const std::string& userId, Media media) {
     auto participant = add(userId);
-    EXPECT_EQ(0, participant->publish(tag, media));
+    EXPECT_EQ(0, participant->publish(kLMRTCDefaultStreamTag, media));
     return participant;
   }
 

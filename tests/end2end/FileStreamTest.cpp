@@ -100,11 +100,12 @@ TEST_F(FileStreamTest, WhatCannotBePublishedEndsInAFailureAndNothingElseBreaks) 
 }
 
 TEST_F(FileStreamTest, StoppingAtAnyMomentAndPlayingForLongTakeNoMoreMemory) {
-  anna->onAudio({});
-  local->setSpeaker({});  // they keep what they hear
+  anna->onVideo([](auto&&...) {});
+  anna->onAudio([](auto&&...) {});
+  local->setSpeaker([](auto&&...) {});  // they would keep what they hear
   const std::string path = writeClip(folder, "a.mkv", kClip);
   std::size_t usedBefore = 0;
-  for (int round = 0; round < 720; ++round) {
+  for (int round = 0; round < 360; ++round) {
     start(path, round % 2 == 0, round % 3 == 0);
     if (round % 5 != 0) advance(Microseconds(round % 90 * 1000));
     engine->unpublishCustomStream("clip");
@@ -112,8 +113,7 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentAndPlayingForLongTakeNoMoreMemory) {
     engine->unpublishCustomStream("clip");
     advance(20ms);
     ASSERT_EQ("unpublished clip 0 Success", told().back());
-    pictures.clear();
-    if (round == 449) usedBefore = mallinfo2().uordblks;
+    if (round == 179) usedBefore = mallinfo2().uordblks;
   }
   EXPECT_LT(mallinfo2().uordblks, usedBefore + 16 * 1024);
 

@@ -11,11 +11,12 @@ struct SheetCall : CallTest {
   void TestBody() override {}
   std::vector<Gallery::Shown> run(SurfaceKind kind) {
     Gallery gallery(kind);
-    for (const char* const name : {"anna", "ben"}) addPublishing(name, Media::video);
     join();
     publish(kVideo);
     EXPECT_EQ(0, engine->setLocalViewWithViewDelegate(gallery.surfaceOf("me").view()));
     for (const char* const name : {"anna", "ben"}) {
+      addPublishing(name, Media::video);
+      advance(0us);
       EXPECT_EQ(0, engine->subscribe(name, kVideo));
       EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(gallery.surfaceOf(name).view(), name));
     }
