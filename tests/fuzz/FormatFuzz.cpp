@@ -1,6 +1,5 @@
 #include <cmath>
 #include <optional>
-#include <vector>
 
 #include "LumoRTCLibWrapper/util/LMIWFormat.h"
 #include "tests/fuzz/Fuzz.h"
@@ -16,24 +15,19 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
   const std::string digits = lumo::format("%d", {fraction});
   const double back = std::strtod(digits.c_str(), nullptr);
-  lumo::fuzz::check(std::isnan(fraction) ? std::isnan(back) : back == fraction,
-                    "a number reads back the same");
+  lumo::fuzz::check(back == fraction || (std::isnan(back) && std::isnan(fraction)), "numbers read back");
 
-  const std::vector<std::string> values = {
+  const std::string values[] = {
       std::to_string(number),  std::to_string(count), digits, list[0], "(" + list[0] + ", " + list[1] + ")",
       maybe.value_or("(null)")};
-  const std::vector<std::string> placeholders = {"%@", "%zd", "%ld", "%d"};
-  const std::vector<std::string> copied = {"%x", "%z ", "%l ", "%-", "d@", ":"};
+  const std::string placeholders[] = {"%@", "%zd", "%ld", "%d"};
+  const std::string copied[] = {"%x", "%z ", "%l ", "%-", "d@", ":"};
   std::string format, expected = "before ", line = expected;
   for (std::size_t used = 0; !input.isEmpty();) {
     const auto piece = input.take<std::uint8_t>();
-    if (piece < 128) {
-      format += placeholders[piece % placeholders.size()];
-      expected += used < values.size() ? values[used++] : "(null)";
-    } else {
-      format += piece < 160 ? "%%" : copied[piece % copied.size()];
-      expected += piece < 160 ? "%" : copied[piece % copied.size()];
-    }
+    const bool isValue = piece < 128, isSign = !isValue && piece < 160;
+    format += isValue ? placeholders[piece % 4U] : isSign ? "%%" : copied[piece % 6U];
+    expected += !isValue ? isSign ? "%" : copied[piece % 6U] : used < 6 ? values[used++] : "(null)";
   }
   lumo::appendFormat(line, format, {number, count, fraction, list[0], list, maybe});
   lumo::fuzz::check(line == expected, "the line has every value in its place");

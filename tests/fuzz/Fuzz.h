@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -40,10 +39,10 @@ class Input {
   }
   /// A text of up to 15 bytes.
   std::string text() {
-    const std::size_t length = take<std::uint8_t>() % 16U;
-    const std::string_view text = rest_.substr(0, length);
+    std::string text(take<std::uint8_t>() % 16U, 0);
+    text.resize(rest_.copy(text.data(), text.size()));
     rest_.remove_prefix(text.size());
-    return std::string(text);
+    return text;
   }
 
  private:

@@ -1,6 +1,4 @@
-#include <algorithm>
 #include <map>
-#include <set>
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngine.h"
 #include "LumoRTCLibWrapper/engine/LMRTCIWStatsDelegate.h"
@@ -22,30 +20,25 @@ std::string part(const lumo::Describable auto&) { return {}; }
 
 /// Writes each report down: the number of its callback in LMRTCIWStatsDelegate, then ids and level.
 void record(LMRTCIWStatsDelegate& listener, Lines& lines) {
-  const auto set = [&lines, number = 0](auto& callback) mutable {
-    callback = [&lines, name = std::to_string(number++)](const auto&... values) {
-      lines.push_back((name + ... + part(values)));
-    };
-  };
   auto& [net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember] = listener;
-  const auto setAll = [](auto each, auto&... callbacks) { (each(callbacks), ...); };
-  setAll(set, net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember);
+  auto setAll = [&lines, number = 0](auto&... callbacks) mutable {
+    ((callbacks = [&lines, name = std::to_string(number++)](
+                      const auto&... values) { lines.push_back((name + ... + part(values))); }),
+     ...);
+  };
+  setAll(net, a, v, ca, cv, ra, rv, rca, rcv, ma, mv, member, customMember);
 }
 
 /// The line that a stream's report should make; empty where none.
-std::string expected(const LMRTCStreamStatus& status, bool isSent, const Lines& users) {
-  const std::int64_t kind = status.mediaStreamType, video = status.mediaType == LumoRTCMediaTypeVideo ? 1 : 0;
+std::string expected(const LMRTCStreamStatus& status, bool isSent, bool isMember) {
+  const std::int64_t kind = status.mediaStreamType;
+  const bool isMix = !isSent && kind == 2, isCustom = isSent ? kind == 1 || kind == 4 : !isMix && kind != 0;
   std::string tag;
   for (const char letter : status.streamId) tag = letter == '_' ? "|" : tag.empty() ? tag : tag + letter;
-  const auto line = [video](std::int64_t first, const std::string& ids) {
-    return std::to_string(first + video) + ids;
-  };
-  if (isSent && kind != 1 && kind != 4) return line(1, "");
-  if (isSent) return tag.empty() ? "" : line(3, tag);
-  if (kind == 2) return line(9, "");
-  const std::string ids = "|room|" + status.userId;
-  if (std::ranges::find(users, status.userId) == users.end()) return "";
-  return kind == 0 ? line(5, ids) : tag.empty() ? "" : line(7, ids + tag);
+  if ((!isSent && !isMix && !isMember) || (isCustom && tag.empty())) return "";
+  const int first = isMix ? 9 : isSent ? 1 : 5;
+  return std::to_string(first + (isCustom ? 2 : 0) + (status.mediaType == LumoRTCMediaTypeVideo ? 1 : 0)) +
+         (isSent || isMix ? "" : "|room|" + status.userId) + (isCustom ? tag : "");
 }
 
 std::string expected(const LMRTCLiveAudioStatus& level) {
@@ -54,22 +47,19 @@ std::string expected(const LMRTCLiveAudioStatus& level) {
   return (isCustom ? "12|" : "11|") + level.userId() + (isCustom ? "|" + tag : "") + part(level.audioLevel());
 }
 
-/// Streams of user and tag `keys`, or of a user alone where they are ordinary, make one report with all their
-/// media.
+/// Ordinary streams of a user, and others of a user and tag, make one report with all their media.
 void checkGroups(const Streams& streams) {
-  std::map<std::string, std::set<std::int64_t>> media;
+  const auto keyOf = [](const LMRTCInputStream& stream) {
+    return stream.userId() + (stream.mediaStreamType() == 0 ? "" : "@" + stream.tag());
+  };
+  std::map<std::string, std::int64_t> expectedMedia, media;
   for (const auto& stream : streams) {
-    const std::string custom = stream->mediaStreamType() == 0 ? "" : "@" + stream->tag();
-    media[stream->userId() + custom].insert(stream->mediaType());
+    auto& all = expectedMedia.try_emplace(keyOf(*stream), stream->mediaType()).first->second;
+    if (all != stream->mediaType()) all = 2;
   }
-  for (const auto& [stream, type, mediaType] : lumo::groupStreams(streams)) {
-    const auto found =
-        media.extract(type == 0 ? stream->userId() : lumo::customStreamKey(stream->userId(), stream->tag()));
-    check(!found.empty(), "each publisher has one report");
-    check(mediaType == (found.mapped().size() == 2 ? 2 : *found.mapped().begin()),
-          "a report adds the media up");
-  }
-  check(media.empty(), "each publisher has a report");
+  for (const auto& [stream, type, mediaType] : lumo::groupStreams(streams))
+    check(media.emplace(keyOf(*stream), mediaType).second, "each publisher has one report");
+  check(media == expectedMedia, "a report adds the media up");
 }
 
 }  // namespace
@@ -79,26 +69,22 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto sdk = std::make_shared<lumo::fake::Provider>();
   LMRTCProvider::install(sdk);
   LMFwLog::getInstance().setSink([](const LMFwLogEntry&) {});
-  lumo::Console::setSink([](const std::string&) {});
+  lumo::Console::setSink({});
   const auto room = std::make_shared<lumo::fake::Room>(sdk->context, "room");
   const auto engine = LMRTCIWEngine::create();
   engine->setRoom(room);
+  Lines lines, expectedLines = {"0"};
   const auto listener = std::make_shared<LMRTCIWStatsDelegate>();
-  engine->setStatsDelegate(listener);
-  const auto statistics = sdk->engine->statusDelegate.get().lock();
-
-  Lines lines, expectedLines = {"0"}, users = {input.text(), input.text()};
   record(*listener, lines);
+  engine->setStatsDelegate(listener);
+
+  const Lines users = {input.text(), input.text()};
+  for (const auto& user : users)
+    room->users.push_back(std::make_shared<lumo::fake::RemoteUser>(user, Streams()));
   Streams streams;
-  std::map<std::string, LMRTCLiveAudioStatus>
-      last;  // of each stream; streams that are not reported are silent
-  for (const std::string& user : users) {
-    streams.push_back(std::make_shared<lumo::fake::AudioInput>(sdk->context, user));
-    room->users.push_back(std::make_shared<lumo::fake::RemoteUser>(user, Streams{streams.back()}));
-    last[streams.back()->streamId()].updateUserId(user, streams.back()->streamId());
-  }
   LMRTCStatusForm form;
   std::vector<LMRTCLiveAudioStatus> levels;
+  std::map<std::string, std::string> last;  // line of each stream
   while (!input.isEmpty()) {
     const int choices = input.take(0, 7);
     LMRTCStreamStatus status;
@@ -108,28 +94,31 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string tag = input.text();
     status.streamId = choices & 4 ? tag : status.userId + "_" + tag;
     form.sendStats.push_back(status);
-    form.recvStats.push_back(status);
     auto& level = levels.emplace_back();
     level.updateUserId(status.userId, status.streamId);
     level.setAudioLevel(static_cast<std::int64_t>(levels.size()));
-    last[status.streamId] = level;
+    last[status.streamId] = status.streamId.size() > status.userId.size() ? expected(level) : "";
     streams.push_back(std::make_shared<lumo::fake::OddInput>(sdk->context, status.userId, tag, choices & 1,
                                                              status.mediaStreamType));
   }
 
-  for (const auto& status : form.sendStats) expectedLines.push_back(expected(status, true, users));
-  for (const auto& status : form.recvStats) expectedLines.push_back(expected(status, false, users));
+  for (const bool isSent : {true, false}) {
+    for (const auto& status : form.sendStats) {
+      const bool isMember = status.userId == users[0] || status.userId == users[1];
+      expectedLines.push_back(expected(status, isSent, isMember));
+    }
+  }
   std::erase(expectedLines, "");
+  form.recvStats = form.sendStats;
+  const auto statistics = sdk->engine->statusDelegate.get().lock();
   statistics->didReportStatusForm(form);
   check(lines == expectedLines, "statistics go to the callback of their kind, with the ids of their stream");
-
-  std::multiset<std::string> loud;
-  for (const auto& [id, level] : last) {
-    if (id.size() > level.userId().size()) loud.insert(expected(level));
-  }
+  expectedLines.clear();
+  for (const auto& [id, line] : last) expectedLines.push_back(line);
+  std::erase(expectedLines, "");
   lines.clear();
   statistics->didReportLiveAudioStatus(levels);
-  check(std::multiset(lines.begin(), lines.end()) == loud, "members are told once, with the last level");
+  check(std::ranges::is_permutation(lines, expectedLines), "members are told once, with the last level");
   checkGroups(streams);
   engine->destroy();
   LMRTCProvider::install(nullptr);

@@ -42,7 +42,6 @@ void checkReader(const std::string& path, Input& orders) {
   if (!reader) return;
   check(reader->duration() >= 0us && !reader->isLive(), "a file has a length");
   check(kind != lumo::MediaKind::sound || !reader->hasPicture(), "sound is read alone");
-  check(kind != lumo::MediaKind::picture || !reader->hasSound(), "pictures are read alone");
   readOn(*reader);
   if (reader->seek(std::chrono::milliseconds(orders.take(0, 5000)))) readOn(*reader);
   if (reader->rewind()) readOn(*reader);
@@ -54,9 +53,7 @@ void checkPlayer(const std::string& path, Input& orders) {
   const auto [player, error] =
       AudioFilePlayer::open(timeline->makeRunner("decoder"), path, orders.take(0, 2));
   check(player ? error.empty() : error.starts_with(path + " "), "a player, or an error");
-  if (!player) return;
-  check(player->duration() == AudioFilePlayer::durationOf(path), "the length is the same each time");
-  for (int pass = 0; pass < 2; ++pass) {
+  for (int pass = 0; player && pass < 2; ++pass) {
     lumo::AudioBlock block;
     for (auto [i, outcome] = std::pair(0, sound); i < 100; ++i) {
       timeline->advance(10ms);

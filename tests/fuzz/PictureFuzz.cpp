@@ -1,6 +1,6 @@
 #include <array>
 #include <cmath>
-#include <utility>
+#include <functional>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
@@ -16,6 +16,7 @@ using lumo::fuzz::check;
 using Buffer = LumoRTCI420Buffer;
 using Int = std::int32_t;
 constexpr std::uint8_t kBlank = 0xCC;
+constexpr int kRounding = 3;  // libyuv calculates in fixed point
 
 struct Plane {
   const std::uint8_t* bytes;
@@ -33,34 +34,39 @@ std::array<Plane, 3> planes(const Buffer& p) {
 /// seen.
 std::shared_ptr<Buffer> make(Int width, Int height, Int padding, std::uint32_t seed) {
   const auto memory = std::make_shared<std::array<std::vector<std::uint8_t>, 3>>();
-  const Int stride = width + padding, chromaStride = (width + 1) / 2 + padding;
   auto& [y, u, v] = *memory;
+  const Int stride = width + padding, halfWidth = (width + 1) / 2, halfHeight = (height + 1) / 2;
   y.resize(static_cast<std::size_t>(stride * height - padding));
-  u.resize(static_cast<std::size_t>(chromaStride * ((height + 1) / 2) - padding));
+  u.resize(static_cast<std::size_t>(stride * (halfHeight - 1) + halfWidth));
   v = u;
-  for (auto& plane : *memory) {
-    for (auto& byte : plane)
+  for (auto* plane : {&y, &u, &v}) {
+    for (auto& byte : *plane)
       byte = seed == 0 ? kBlank : static_cast<std::uint8_t>((seed = seed * 69069 + 1) >> 24);
   }
-  return Buffer::wrap(width, height, y.data(), stride, u.data(), chromaStride, v.data(), chromaStride,
-                      memory);
+  return Buffer::wrap(width, height, y.data(), stride, u.data(), stride, v.data(), stride, memory);
 }
 
-/// Checks that every pixel of the upper left `width` x `height` of `to` is that of `from` at the place that
-/// `place` gives, and that nothing was written between the rows.
-template <class Place>
-void expect(const Buffer& from, const Buffer& to, Int width, Int height, const Place& place) {
+/// Checks the upper left `width` x `height` of a plane against `pixel(x, y)`, and that nothing was written
+/// between the rows.
+template <class Pixel>
+void expect(const Plane& plane, Int width, Int height, int rounding, const Pixel& pixel) {
+  for (Int y = 0; y < height; ++y) {
+    for (Int x = 0; x < width; ++x)
+      check(std::abs(plane.at(x, y) - pixel(x, y)) <= rounding, "pixels are what and where they should be");
+    for (Int x = plane.width; x < plane.stride && y + 1 < plane.height; ++x)
+      check(plane.at(x, y) == kBlank, "padding stays as it was");
+  }
+}
+
+/// The same for all planes of a picture, each against `pixel(plane, x, y)` of another picture.
+template <class Pixel>
+void expect(const Buffer& from, const Buffer& to, Int width, Int height, const Pixel& pixel) {
   for (std::size_t i = 0; i < 3; ++i) {
-    const Plane source = planes(from)[i], result = planes(to)[i];
-    const Int columns = i == 0 ? width : (width + 1) / 2, rows = i == 0 ? height : (height + 1) / 2;
-    for (Int y = 0; y < rows; ++y) {
-      for (Int x = 0; x < columns; ++x) {
-        const auto [fromX, fromY] = place(source, x, y);
-        check(result.at(x, y) == source.at(fromX, fromY), "pixels go where they belong");
-      }
-      for (Int x = result.width; x < result.stride && y + 1 < result.height; ++x)
-        check(result.at(x, y) == kBlank, "padding stays as it was");
-    }
+    const auto pixelOfPlane = [&, plane = planes(from)[i]](Int x, Int y) {
+      return std::invoke(pixel, plane, x, y);
+    };
+    expect(planes(to)[i], i == 0 ? width : (width + 1) / 2, i == 0 ? height : (height + 1) / 2, 0,
+           pixelOfPlane);
   }
 }
 
@@ -68,27 +74,11 @@ void expectTurned(const Buffer& from, const Buffer& to, Int rotation) {
   check(to.width() == (lumo::swapsSides(rotation) ? from.height() : from.width()), "turning swaps sides");
   expect(from, to, to.width(), to.height(), [rotation](const Plane& plane, Int x, Int y) {
     const Int right = plane.width - 1, bottom = plane.height - 1;
-    return rotation == 90    ? std::pair(y, bottom - x)
-           : rotation == 180 ? std::pair(right - x, bottom - y)
-           : rotation == 270 ? std::pair(right - y, x)
-                             : std::pair(x, y);
+    return rotation == 90    ? plane.at(y, bottom - x)
+           : rotation == 180 ? plane.at(right - x, bottom - y)
+           : rotation == 270 ? plane.at(right - y, x)
+                             : plane.at(x, y);
   });
-}
-
-/// Checks the pixels against the definition of BT.601.
-void expectBgra(const Buffer& from, const std::uint8_t* bgra, Int stride) {
-  const auto [luma, chromaU, chromaV] = planes(from);
-  for (Int y = 0; y < from.height(); ++y) {
-    for (Int x = 0; x < 4 * from.width(); ++x) {
-      const double grey = 255.0 / 219 * (luma.at(x / 4, y) - 16);
-      const int u = chromaU.at(x / 8, y / 2) - 128, v = chromaV.at(x / 8, y / 2) - 128;
-      const double colors[] = {grey + 2.017 * u, grey - 0.392 * u - 0.813 * v, grey + 1.596 * v, 255};
-      const double error = bgra[y * stride + x] - std::clamp(colors[x % 4], 0.0, 255.0);
-      check(std::abs(error) <= 3, "colours are those of BT.601");  // libyuv calculates in fixed point
-    }
-    for (Int x = 4 * from.width(); x < stride && y + 1 < from.height(); ++x)
-      check(bgra[y * stride + x] == kBlank, "padding stays as it was");
-  }
 }
 
 void checkTurning(const Buffer& from, Int rotation, Int padding, lumo::UprightConverter& upright) {
@@ -99,12 +89,18 @@ void checkTurning(const Buffer& from, Int rotation, Int padding, lumo::UprightCo
                     to->mutableDataY(), to->strideY(), to->mutableDataU(), to->strideU(), to->mutableDataV(),
                     to->strideV(), from.width(), from.height(), rotation);
   expectTurned(from, *to, rotation);
-  const Int stride = 4 * to->width() + padding;
+  const Int width = 4 * to->width(), stride = width + padding;
   std::vector<std::uint8_t> tiled(static_cast<std::size_t>(stride * to->height() - padding), kBlank),
       whole = tiled;
   LumoRTCI420ToARGB(to->dataY(), to->strideY(), to->dataU(), to->strideU(), to->dataV(), to->strideV(),
                     whole.data(), stride, to->width(), to->height());
-  expectBgra(*to, whole.data(), stride);
+  const auto bt601 = [source = planes(*to)](Int x, Int y) {
+    const double grey = 255.0 / 219 * (source[0].at(x / 4, y) - 16);
+    const int u = source[1].at(x / 8, y / 2) - 128, v = source[2].at(x / 8, y / 2) - 128;
+    const double colors[] = {grey + 2.017 * u, grey - 0.392 * u - 0.813 * v, grey + 1.596 * v, 255};
+    return std::clamp(colors[x % 4], 0.0, 255.0);
+  };
+  expect({whole.data(), stride, width, to->height()}, width, to->height(), kRounding, bt601);
   upright.convert(from, rotation, tiled.data(), stride);
   check(tiled == whole, "an upright picture is the turned one, converted");
 }
@@ -121,62 +117,43 @@ void checkUnity(const std::shared_ptr<Buffer>& picture, Int width, Int height) {
   pixels->picture = picture;
   view->renderFrame({std::make_shared<LumoRTCVideoFrame>(LumoRTCVideoFrame{pixels}), width, height, 0, 0});
   const auto frame = view->getCurrentFrame();
-  const Int chroma = (width + 1) / 2;
-  check(frame->strideY() == width && frame->strideU() == chroma && frame->strideV() == chroma,
-        "rows are tight");
-  expect(*picture, *frame->yuvBuffer, width, height, [](auto&, auto x, auto y) { return std::pair(x, y); });
+  check(frame->strideY() == width && frame->strideU() == (width + 1) / 2, "rows are tight");
+  expect(*picture, *frame->yuvBuffer, width, height, &Plane::at);
 }
 
 /// Mirrors and flips `from`, and scales a plain picture of its size: that one has to stay plain.
 void checkCopies(const Buffer& from, Int width, Int height) {
   lumo::FramePool pool;
   expect(from, *lumo::mirrored(from, pool), from.width(), from.height(),
-         [](const Plane& plane, auto x, auto y) { return std::pair(plane.width - 1 - x, y); });
+         [](const Plane& plane, Int x, Int y) { return plane.at(plane.width - 1 - x, y); });
   expect(from, *lumo::flipped(from, pool), from.width(), from.height(),
-         [](const Plane& plane, auto x, auto y) { return std::pair(x, plane.height - 1 - y); });
+         [](const Plane& plane, Int x, Int y) { return plane.at(x, plane.height - 1 - y); });
   const auto plain = make(from.width(), from.height(), 5, 0);
-  const auto isPlain = [](int value) { return std::abs(value - kBlank) <= 3; };  // in fixed point, too
   const auto scaled = lumo::scaled(lumo::viewOf(*plain), width, height, pool);
-  for (const Plane& plane : planes(*scaled)) {
-    check(std::all_of(plane.bytes, plane.bytes + plane.width * plane.height, isPlain), "plain stays plain");
-  }
+  for (const Plane& plane : planes(*scaled))
+    expect(plane, plane.width, plane.height, kRounding, [](Int, Int) { return kBlank; });
   const auto boxed = lumo::letterboxed(plain, width, height, pool);
-  const auto [left, top, innerWidth, innerHeight] =
-      lumo::aspectFit(from.width(), from.height(), width, height);
-  const Plane luma = planes(*boxed)[0];
-  for (Int y = 0; y < height; ++y) {
-    for (Int x = 0; x < width; ++x) {
-      const bool isInside = x >= left && y >= top && x < left + innerWidth && y < top + innerHeight;
-      check(isInside ? isPlain(luma.at(x, y)) : luma.at(x, y) == 16, "the bars are black");
-    }
-  }
+  const auto inner = lumo::aspectFit(from.width(), from.height(), width, height);
+  expect(planes(*boxed)[0], width, height, kRounding, [&inner](Int x, Int y) {
+    const Int right = x - inner.x, down = y - inner.y;
+    return right >= 0 && down >= 0 && right < inner.width && down < inner.height ? kBlank : 16;
+  });
 }
 
-/// @param first  the first of the places that stand beside each other
+/// Places are even and inside; those from `first` on are apart. There are seven columns and rows at most.
 void checkPlaces(const std::vector<lumo::PixelRect>& places, std::size_t first, Int width, Int height) {
-  const auto isEmpty = [](const auto& place) { return place.width == 0 || place.height == 0; };
   for (std::size_t i = 0; i < places.size(); ++i) {
     const auto& [x, y, w, h] = places[i];
     check(((x | y | w | h) & 1) == 0 && w >= 0 && h >= 0, "places are even");
-    check(isEmpty(places[i]) || (x >= 0 && y >= 0 && x + w <= width && y + h <= height), "places are inside");
-    for (std::size_t k = first; k < i && !isEmpty(places[i]); ++k) {
+    check(first == 1 || (w > width / 7 - 4 && h > height / 7 - 4), "the grid leaves nobody out");
+    if (w == 0 || h == 0) continue;
+    check(x >= 0 && y >= 0 && x + w <= width && y + h <= height, "places are inside");
+    for (std::size_t k = first; k < i; ++k) {
       const auto& other = places[k];
       const bool isBeside = x >= other.x + other.width || other.x >= x + w;
-      check(isBeside || y >= other.y + other.height || other.y >= y + h || isEmpty(other), "they are apart");
+      check(isBeside || y >= other.y + other.height || other.y >= y + h, "places are apart");
     }
   }
-}
-
-void checkLayouts(std::size_t count, Int width, Int height) {
-  std::vector<lumo::PixelRect> places = {{1, 1, 1, 1}};
-  lumo::placeInGrid(count, width, height, places);
-  check(places.size() == count, "every picture has a place in the grid");
-  checkPlaces(places, 0, width, height);
-  for (const auto& place : places)  // there are seven columns and rows at most
-    check(place.width > width / 7 - 4 && place.height > height / 7 - 4, "the grid leaves nobody out");
-  lumo::placeSuspended(count, width, height, places);
-  check(places.size() == count, "every picture has a place over the first");
-  checkPlaces(places, 1, width, height);
 }
 
 }  // namespace
@@ -186,7 +163,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   lumo::fuzz::Input input(data, size);
   const auto count = static_cast<std::size_t>(input.take(0, 40));
   const Int mixWidth = 2 * input.take(1, 4096);
-  checkLayouts(count, mixWidth, 2 * input.take(1, 4096));
+  const Int mixHeight = 2 * input.take(1, 4096);
+  std::vector<lumo::PixelRect> places, over;
+  lumo::placeInGrid(count, mixWidth, mixHeight, places);
+  lumo::placeSuspended(count, mixWidth, mixHeight, over);
+  check(places.size() == count && over.size() == count, "every picture has a place");
+  checkPlaces(places, 0, mixWidth, mixHeight);
+  checkPlaces(over, 1, mixWidth, mixHeight);
   lumo::UprightConverter upright;
   for (int i = 0; i < 2; ++i) {
     const bool isLarge = input.take(0, 7) == 7;

@@ -6,24 +6,17 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using lumo::fuzz::check;
-  constexpr std::string_view kDigits = "0123456789abcdef";
   const std::string text(data, data + size);
-  std::string escaped, meaning;
-  for (std::size_t i = 0; i < size; ++i) escaped += {'%', kDigits[data[i] / 16U], kDigits[data[i] % 16U]};
+  std::string meaning = "/";
   for (std::size_t i = 0; i < size; ++i) {
     const bool isEscape =
         text[i] == '%' && i + 2 < size && std::isxdigit(data[i + 1]) && std::isxdigit(data[i + 2]);
     meaning += isEscape ? static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16)) : text[i];
     if (isEscape) i += 2;
   }
-  for (const std::string host : {"file://", "file://localhost"}) {
-    check(lumo::pathOfUrl(host + "/" + text) == "/" + meaning, "escapes are replaced, and nothing else");
-    check(lumo::pathOfUrl(host + "/" + escaped) == "/" + text, "every byte can be escaped");
-  }
-  if (!text.starts_with("file://")) check(lumo::pathOfUrl(text) == text, "what is no file URL is a path");
-
+  for (const std::string host : {"file:///", "file://localhost/"})
+    check(lumo::pathOfUrl(host + text) == meaning, "escapes are replaced, and nothing else");
   const bool isAddress = lumo::StreamWriter::check(text) == lumo::StreamAddress::usable;
-  check(!isAddress || (text.find("://") > 2 && text.find("://") + 4 < size),
-        "an address has a protocol and a host");
+  check(!isAddress || (text.find("://") > 2 && text.find("://") + 4 < size), "an address names a host");
   return 0;
 }
