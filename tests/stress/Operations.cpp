@@ -81,6 +81,8 @@ const Check kDefault = {kBadParameter, IF(!m.destroyed && a.type >= 0 && a.type 
 const Check kPublisher = {kBadParameter, IF(m.roleHeld() == 0 || m.roleHeld() == 1)};
 const Check kEffect = {kBadParameter, IF(m.effects.contains(a.n))};
 const Check kNoEffect = {kBadParameter, IF(!m.effects.contains(a.n))};
+const Check kLiveRoom = {-21, IF(m.role != 0)};
+const Check kOtherRole = {kBadParameter, IF(m.role != a.type && (a.type == 1 || a.type == 2))};
 const Check kNever = {kNotSupported, IF(a.n < 0)};
 
 std::size_t perUser(const Args& a, Int) { return a.users.size(); }
@@ -154,12 +156,8 @@ const std::vector<Operation>& operations() {
     OP(subscribeLiveMix, (a.type), {kJoined, kLiveStream}, "onLiveMixSubscribed"),
     OP(subscribeLiveMix, (a.type, a.flag), {kJoined, kLiveStream}, "onLiveMixSubscribed"),
     OP(unsubscribeLiveMix, (a.type), {kJoined, kLiveStream}, "onLiveMixUnsubscribed"),
-    OP(switchLiveRole, (a.type),
-       {kSdk,
-        kSetUp,
-        {-21, IF(m.role != 0)},
-        {kBadParameter, IF(m.role != a.type && (a.type == 1 || a.type == 2))}},
-       "onLiveRoleSwitched", nullptr, roleSwitched, unlessKicked),
+    OP(switchLiveRole, (a.type), {kSdk, kSetUp, kLiveRoom, kOtherRole}, "onLiveRoleSwitched", nullptr,
+       roleSwitched, unlessKicked),
 
     // Several that are alike
     Operation(

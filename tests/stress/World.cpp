@@ -19,22 +19,25 @@ void hear(const LifePtr& life, const std::string& callback);
 /// Runs inside any code of the host.
 void reenter();
 
-/// Callbacks of the host for one engine, all of them set.
+auto callbacksOf(LMRTCIWAudioFrameDelegate& host) { return std::tie(host.onAudioFrame); }
+auto callbacksOf(LMRTCIWSampleBufferVideoFrameDelegate& host) { return std::tie(host.onSampleBuffer); }
+auto callbacksOf(LMRTCIWPixelBufferVideoFrameDelegate& host) { return std::tie(host.onPixelBuffer); }
+auto callbacksOf(LMRTCIWNetworkProbeDelegate& host) {
+  return std::tie(host.onNetworkProbeUpLinkStats, host.onNetworkProbeDownLinkStats,
+                  host.onNetworkProbeFinished);
+}
+auto callbacksOf(LMRTCIWStatsDelegate& host) {
+  return std::tie(host.onNetworkStats, host.onRemoteAudioStats, host.onLiveMixMemberAudioStats);
+}
+
+/// Callbacks of the host for one engine.
 template <class Callbacks>
 struct Host : Callbacks, fake::Counted {
   explicit Host(LifePtr of) : life(std::move(of)) {
-    Callbacks& host = *this;
-    const auto all = [this](auto&... fields) { (set("a frame or figure", fields), ...); };
     if constexpr (std::is_same_v<Callbacks, LMRTCIWEngineDelegate>) {
-      forEachCallback(host, [this](const std::string& name, auto& field) { set(name, field); });
-    } else if constexpr (std::is_same_v<Callbacks, LMRTCIWStatsDelegate>) {
-      auto& [net, la, lv, lca, lcv, ra, rv, rca, rcv, ma, mv, mm, mc] = host;
-      all(net, la, lv, lca, lcv, ra, rv, rca, rcv, ma, mv, mm, mc);
-    } else if constexpr (std::is_same_v<Callbacks, LMRTCIWNetworkProbeDelegate>) {
-      all(host.onNetworkProbeUpLinkStats, host.onNetworkProbeDownLinkStats, host.onNetworkProbeFinished);
+      forEachCallback(*this, [this](const std::string& name, auto& field) { set(name, field); });
     } else {
-      auto& [field] = host;
-      all(field);
+      std::apply([this](auto&... fields) { (set("a frame or figure", fields), ...); }, callbacksOf(*this));
     }
   }
   template <class Result, class... Parameters>
@@ -135,7 +138,7 @@ class Worker : public Random {
     if (dice < 840) return complete();
     if (dice < 970) return fireEvent(world_, *this, note());
     if (dice < 990) return listen();
-    if (dice < 994) return destroy();
+    if (dice < 991) return destroy();
     create();
   }
 
@@ -292,11 +295,11 @@ class Worker : public Random {
   }
 
   void complete() {
-    World::Owed owed;
+    std::pair<std::shared_ptr<Ticket>, World::Completion> owed;
     {
       const std::lock_guard lock(world_.mutex);
       auto& pending = world_.pending;
-      const auto place = below(50);  // what waits takes its time, the more so the less waits
+      const auto place = below(20);  // what waits takes its time, the more so the less waits
       if (place >= pending.size()) return;
       std::swap(pending[place], pending.back());
       owed = std::move(pending.back());
@@ -305,11 +308,12 @@ class Worker : public Random {
     const Int code = !chance(4) ? 0 : chance(2) ? 7 : fake::LocalUser::kKicked;
     note() = "completion";
     if (chance(50)) return;  // it is lost
-    if (!owed.ticket) return owed.completion(code);
-    const auto& [operation, life, args, asked, heard] = *owed.ticket;
+    const auto& [of, completion] = owed;
+    if (!of) return completion(code);
+    const auto& [operation, life, args, asked, heard] = *of;
     note() = operation.name;
     const auto change = life->destroyed ? nullptr : operation.completed;
-    const bool hears = follow(owed.ticket, change, code, [&] { owed.completion(code); });
+    const bool hears = follow(of, change, code, [&, &call = completion] { call(code); });
     const std::size_t count = operation.count ? operation.count(args, code) : 1;
     require(heard <= count, std::string(operation.name) + " completed more than once");
     require(!hears || heard == count, std::string(operation.name) + " did not tell its result");
@@ -353,7 +357,7 @@ void reenter() { Worker::ofThread->reenter(); }
 void World::owe(Completion completion) {
   const std::lock_guard lock(mutex);
   if (ticket) ++ticket->asked;
-  pending.push_back({ticket, std::move(completion)});
+  pending.emplace_back(ticket, std::move(completion));
 }
 
 void run(std::uint64_t seed, double seconds, int threads) {

@@ -126,16 +126,11 @@ struct Ticket {
 
 /// What is shared by all threads of a run: the engines, the rooms of the SDK, and what it owes.
 struct World : fake::Context {
-  struct Owed {
-    std::shared_ptr<Ticket> ticket;
-    Completion completion;
-  };
-
-  /// What the SDK has delivered, and what events are about.
+  /// What the SDK has delivered last, and what events are about.
   struct Given {
-    std::vector<std::shared_ptr<fake::Room>> rooms;
-    std::vector<std::shared_ptr<fake::OtherRoom>> subs;
-    std::vector<std::shared_ptr<fake::FileOutput>> files;
+    std::shared_ptr<fake::Room> room;
+    std::shared_ptr<fake::OtherRoom> sub;
+    std::shared_ptr<fake::FileOutput> file;
   };
   using Lives = std::vector<std::pair<LifePtr, std::shared_ptr<LMRTCIWEngine>>>;
 
@@ -150,7 +145,8 @@ struct World : fake::Context {
   Lives lives;                                        ///< the last one is the current one
   std::shared_ptr<LMRTCIWEngineDelegate> listener;    ///< the current one's
   Given given;
-  std::vector<Owed> pending;  ///< completions, and what goes to the main queue
+  std::vector<std::pair<std::shared_ptr<Ticket>, Completion>>
+      pending;  ///< completions, and what goes to the main queue
 };
 
 /// Lets the SDK do something by itself: an event or a frame. @param note  is set to its name
