@@ -1,20 +1,18 @@
 #include "examples/lumo-call/Options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <iostream>
 #include <map>
 #include <optional>
 #include <set>
 
 #include "examples/lumo-call/StatsPlot.h"
+#include "examples/support/CommandLine.h"
 
 namespace {
 
-constexpr ExitCode kWrongOptions{2};
 constexpr std::size_t kMostParticipants = 16;
 constexpr double kMostSeconds = 24 * 60 * 60;
 constexpr std::int64_t kLongestEcho = 60;
@@ -27,12 +25,6 @@ constexpr std::array<const char*, kMostParticipants> kNames = {
 
 const std::map<std::string, SurfaceKind> kSurfaces = {
     {"native", SurfaceKind::native}, {"flutter", SurfaceKind::flutter}, {"unity", SurfaceKind::unity}};
-
-std::string checkSeconds(const std::string& text) {
-  double seconds = 0;
-  const bool isInRange = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= kMostSeconds;
-  return isInRange ? "" : text + " is not a number of seconds above 0, up to a day";
-}
 
 std::string checkPlot(const std::string& path) {
   return isPlotPath(path) ? "" : path + " ends neither in .png nor in .svg";
@@ -75,11 +67,6 @@ void completeNames(std::vector<std::string>& names, std::size_t count) {
   }
 }
 
-ExitCode refuse(const CLI::App& app, const std::string& problem) {
-  std::cerr << "lumo-call: " << problem << "\n\n" << app.help();
-  return kWrongOptions;
-}
-
 }  // namespace
 
 std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* argv) {
@@ -111,12 +98,14 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
   app.add_option("--tag", options.tag, "What the file's stream is called (default: file)")->type_name("NAME");
   app.add_option("--seconds", options.seconds, "How long the call lasts (default: 5)")
       ->type_name("N")
-      ->check(checkSeconds);
+      ->check(secondsUpTo(kMostSeconds, "a day"));
   app.add_option("--sheet", options.sheet, "Write a contact sheet of all views (PNG)")->type_name("FILE");
   app.add_option("--surface", options.surface, "What shows the video (default: native)")
       ->transform(CLI::CheckedTransformer(kSurfaces).description(""))
       ->type_name("native|flutter|unity");
-  app.add_option("--room", options.roomId, "Room to join (default: demo)")->type_name("ID");
+  app.add_option("--room", options.roomId, "Room to join (default: demo)")
+      ->type_name("ID")
+      ->check(checkRoomId);
   app.add_flag("--stats", options.stats, "Show the statistics of all streams while the call lasts");
   app.add_option("--plot", options.plot, "Draw the statistics over time (PNG or SVG)")
       ->type_name("FILE")
@@ -143,14 +132,7 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->type_name("SECONDS")
       ->check(CLI::Range(std::int64_t{1}, kLongestEcho));
   app.add_flag("--log", options.log, "Write the structured log to standard error");
-  try {
-    app.parse(std::max(argc, 1), argv);  // a process may be started without even its name
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return ExitCode{0};
-  } catch (const CLI::ParseError& error) {
-    return refuse(app, error.what());
-  }
+  if (const auto exit = readOptions(app, argc, argv)) return *exit;
   if (const std::string problem = checkNames(options.names); !problem.empty()) return refuse(app, problem);
   const std::size_t count = participants.value_or(options.names.empty() ? 2 : options.names.size());
   if (options.names.size() > count) return refuse(app, "--names: there are more names than participants");

@@ -7,6 +7,7 @@
 
 #include "LumoRTCLocal/media/NetworkModel.h"
 #include "examples/lumo-call/Surface.h"
+#include "examples/support/ExitCode.h"
 
 /// The user id of the one who runs the demo.
 inline constexpr char kLocalUserId[] = "you";
@@ -34,11 +35,6 @@ struct CallOptions {
   std::string sei;             ///< a text to send with the camera's pictures; empty: none
   bool probe = false;          ///< probes the network before the call
   std::int64_t echo = 0;       ///< seconds that the echo test records before the call; 0: no test
-};
-
-/// How the program ends when there is nothing to run.
-struct ExitCode {
-  int value = 0;
 };
 
 /// Reads the command line. Writes the help to standard output, and what is wrong with the options, together

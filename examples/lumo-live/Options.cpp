@@ -1,24 +1,16 @@
 #include "examples/lumo-live/Options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 
 #include "LumoRTCLocal/media/StreamWriter.h"
+#include "examples/support/CommandLine.h"
 
 namespace {
 
-constexpr ExitCode kWrongOptions{2};
 constexpr std::size_t kMostBroadcasters = 16;
 constexpr double kMostSeconds = 60 * 60;
-
-std::string checkSeconds(const std::string& text) {
-  double seconds = 0;
-  const bool isInRange = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= kMostSeconds;
-  return isInRange ? "" : text + " is not a number of seconds above 0, up to an hour";
-}
 
 std::string checkAddress(const std::string& text) {
   switch (lumo::StreamWriter::check(text)) {
@@ -50,7 +42,7 @@ std::variant<LiveOptions, ExitCode> parseOptions(int argc, const char* const* ar
       ->check(CLI::Range(std::size_t{1}, kMostBroadcasters));
   app.add_option("--seconds", options.seconds, "How long each step lasts (default: 1)")
       ->type_name("N")
-      ->check(checkSeconds);
+      ->check(secondsUpTo(kMostSeconds, "an hour"));
   app.add_option(
          "--push", options.addresses,
          "Push the mix there: rtmp://host/app/stream, udp://host:port or file:///path; may be repeated")
@@ -60,21 +52,16 @@ std::variant<LiveOptions, ExitCode> parseOptions(int argc, const char* const* ar
   app.add_option("--pictures", options.pictures, "Write a picture of the mix per step (PNG) into this folder")
       ->type_name("DIR")
       ->check(checkFolder);
-  app.add_option("--room", options.roomId, "Room to join (default: live)")->type_name("ID");
+  app.add_option("--room", options.roomId, "Room to join (default: live)")
+      ->type_name("ID")
+      ->check(checkRoomId);
   app.add_option("--link-room", options.linkedRoomId,
                  "Link the room with this one, so that the host there appears in the mix")
-      ->type_name("ID");
+      ->type_name("ID")
+      ->check(checkRoomId);
   app.add_flag("--log", options.log, "Write the structured log to standard error");
-  try {
-    app.parse(std::max(argc, 1), argv);  // a process may be started without even its name
-    if (options.linkedRoomId == options.roomId)
-      throw CLI::ValidationError("--link-room", "a room cannot be linked with itself");
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return ExitCode{0};
-  } catch (const CLI::ParseError& error) {
-    std::cerr << "lumo-live: " << error.what() << "\n\n" << app.help();
-    return kWrongOptions;
-  }
+  if (const auto exit = readOptions(app, argc, argv)) return *exit;
+  if (options.linkedRoomId == options.roomId)
+    return refuse(app, "--link-room: a room cannot be linked with itself");
   return options;
 }

@@ -4,6 +4,8 @@
 #include <variant>
 #include <vector>
 
+#include "examples/support/ExitCode.h"
+
 /// What the command line asks for.
 struct LiveOptions {
   std::size_t broadcasters = 3;        ///< scripted ones, 1 to 16
@@ -13,11 +15,6 @@ struct LiveOptions {
   std::string roomId = "live";
   std::string linkedRoomId;  ///< a second live room, with which the first is linked; empty: none
   bool log = false;
-};
-
-/// How the program ends when there is nothing to run.
-struct ExitCode {
-  int value = 0;
 };
 
 /// Reads the command line. Writes the help to standard output, and what is wrong with the options, together

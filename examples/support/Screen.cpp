@@ -1,10 +1,25 @@
 #include "examples/support/Screen.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <utility>
+
+namespace {
+
+/// The first lines of `block`, as many as the terminal can show below another one.
+std::string fitted(std::string block) {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0) return block;
+  std::size_t end = 0;
+  for (int rows = size.ws_row - 2; rows > 0 && end < block.size(); --rows) end = block.find('\n', end) + 1;
+  block.resize(end);
+  return block;
+}
+
+}  // namespace
 
 Screen& Screen::shared() {
   static Screen screen;
@@ -23,9 +38,9 @@ void Screen::line(std::string_view text) {
 void Screen::block(std::string text) {
   const std::lock_guard lock(mutex_);
   erase();
+  if (isTerminal_) block_ = text = fitted(std::move(text));
   std::printf("%s", text.c_str());
   std::fflush(stdout);
-  if (isTerminal_) block_ = std::move(text);
 }
 
 /// Goes back to the block's first line and clears the screen from there.

@@ -12,7 +12,8 @@ class Screen {
   static Screen& shared();
 
   void line(std::string_view text);
-  /// Shows `block`, whole lines, in the place of the one before; where the output is no terminal, below it.
+  /// Shows `text`, whole lines, in the place of the one before; where the output is no terminal, below it. On
+  /// a terminal with fewer rows only the first lines are shown.
   void block(std::string text);
 
  private:
