@@ -78,6 +78,7 @@ class DeviceCamera : public VideoSource {
 
   std::shared_ptr<const LumoRTCI420Buffer> frameAt(Microseconds, const VideoFormat& format) override {
     while (auto picture = reader_->nextPicture()) newest_ = std::move(picture->picture);
+    if (reader_->isCutOff()) newest_ = nullptr;  // unplugged
     return fitter_.fit(newest_, format);
   }
 

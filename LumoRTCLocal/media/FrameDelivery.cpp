@@ -1,7 +1,7 @@
 #include "LumoRTCLocal/media/FrameDelivery.h"
 
+#include <cstdint>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 namespace lumo {
@@ -30,8 +30,6 @@ struct FrameDelivery::State {
   LMRTCVideoFrame waiting;  // without pixels when none waits
   FrameSize announced;      // to the present renderer
   bool isScheduled = false;
-  std::uint64_t delivered = 0;
-  std::uint64_t superseded = 0;
 };
 
 FrameDelivery::FrameDelivery(Timeline& timeline, std::string name, std::shared_ptr<const CallbackGate> gate)
@@ -54,21 +52,10 @@ void FrameDelivery::offer(const LMRTCVideoFrame& frame) {
     const std::lock_guard lock(state_->mutex);
     if (state_->renderer.expired()) return;
     std::swap(state_->waiting, replaced);
-    if (replaced.rtcVideoFrame) ++state_->superseded;
     if (std::exchange(state_->isScheduled, true)) return;
   }
   // The task holds nothing that would have to be allocated; `this` is alive whenever a task starts.
   runner_->post([this] { deliver(std::shared_ptr(state_)); });
-}
-
-std::uint64_t FrameDelivery::delivered() const {
-  const std::lock_guard lock(state_->mutex);
-  return state_->delivered;
-}
-
-std::uint64_t FrameDelivery::superseded() const {
-  const std::lock_guard lock(state_->mutex);
-  return state_->superseded;
 }
 
 void FrameDelivery::deliver(const std::shared_ptr<State>& state) {
@@ -82,7 +69,6 @@ void FrameDelivery::deliver(const std::shared_ptr<State>& state) {
     renderer = state->renderer.lock();
     if (!frame.rtcVideoFrame || !renderer) return;
     isNewSize = std::exchange(state->announced, uprightSize(frame)) != uprightSize(frame);
-    ++state->delivered;
   }
   const auto pass = state->gate ? state->gate->enter() : CallbackGate::Pass();
   if (state->gate && !pass) return;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -30,12 +29,6 @@ class FrameDelivery {
 
   /// Hands `frame` over. Without a renderer, or without pixels, it is dropped.
   void offer(const LMRTCVideoFrame& frame);
-
-  /// The frames given to renderers.
-  std::uint64_t delivered() const;
-
-  /// The frames that a newer one replaced.
-  std::uint64_t superseded() const;
 
  private:
   struct State;

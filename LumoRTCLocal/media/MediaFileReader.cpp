@@ -37,7 +37,7 @@ constexpr AVRational kTicks{1, AV_TIME_BASE};  // what a container counts time i
 void prepareFfmpeg() {
   static std::once_flag once;
   std::call_once(once, [] {
-    av_log_set_level(AV_LOG_QUIET);
+    if (av_log_get_level() == AV_LOG_INFO) av_log_set_level(AV_LOG_QUIET);  // unless the host has chosen
     avdevice_register_all();
   });
 }
@@ -210,7 +210,7 @@ bool MediaFileReader::State::readFor(StreamDecoder& decoder) {
       continue;  // a file has no more to wait for: the demuxer has only skipped something
     }
     if (code < 0) {
-      isCutOff = code != AVERROR_EOF || endsEarly();
+      isCutOff = isLive || code != AVERROR_EOF || endsEarly();
       if (picture) picture->end();
       if (sound) sound->end();
       return true;

@@ -36,7 +36,8 @@ struct MediaSound {
 
 /// Reads the pictures and the sound of one media file in order, or the pictures of a capture device. Damaged
 /// parts are skipped, a cut-off file ends where it is cut; neither is an error once the file is open. One
-/// thread at a time.
+/// thread at a time. The first reader silences FFmpeg's log, which belongs to the whole process, unless the
+/// host has set its level.
 class MediaFileReader {
  public:
   /// Opens `path` and decodes its beginning. A file that cannot be opened, is no media file, lacks what
@@ -65,14 +66,15 @@ class MediaFileReader {
   /// picture.
   std::optional<MediaPicture> nextPicture();
 
-  /// The next piece of sound, a fraction of a second; nothing at the end of the file. Whoever
-  /// opened `both` reads both side by side: what is read ahead of one is kept for the other.
+  /// The next piece of sound, a fraction of a second; nothing at the end of the file. Whoever opened `both`
+  /// reads both side by side: what is read ahead of one is kept for the other.
   std::optional<MediaSound> nextSound();
 
   /// Whether something in the data read so far was damaged or missing.
   bool isDamaged() const;
 
-  /// Whether the file has turned out to stop before the end that it announces, or could not be read on.
+  /// Whether the file has turned out to stop before the end that it announces, or could not be read on; or
+  /// the device has been unplugged.
   bool isCutOff() const;
 
   /// Continues with the picture that is shown at `time`, and the sound from there on. A time beyond the end

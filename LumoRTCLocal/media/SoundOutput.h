@@ -18,9 +18,6 @@ class SoundOutput {
   SoundOutput(const SoundOutput&) = delete;
   SoundOutput& operator=(const SoundOutput&) = delete;
 
-  /// Whether nothing can be heard.
-  bool isNull() const { return device_ == 0; }
-
   /// Plays `block` after those before it and returns at once. The output is 30 to 100 ms late; where its
   /// clock is slower than the caller's, single blocks are left out. One thread at a time.
   void play(const AudioBlock& block);

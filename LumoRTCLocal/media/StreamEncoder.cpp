@@ -5,10 +5,6 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
-#include <algorithm>
-#include <cstdlib>
-#include <utility>
-
 namespace lumo::ffmpeg {
 namespace {
 

@@ -100,9 +100,16 @@ struct TimedBlock {
   Microseconds time{0};  ///< when it began
 };
 
+int closeOutput(AVFormatContext& context) {
+  if (context.oformat->flags & AVFMT_NOFILE) return 0;
+  const int error = context.pb ? context.pb->error : 0;
+  const int closed = avio_closep(&context.pb);
+  return error < 0 ? error : closed;
+}
+
 struct FreeOutput {
   void operator()(AVFormatContext* context) const {
-    if (!(context->oformat->flags & AVFMT_NOFILE)) avio_closep(&context->pb);
+    closeOutput(*context);
     avformat_free_context(context);
   }
 };
@@ -145,7 +152,8 @@ struct StreamWriter::State : ffmpeg::PacketSink {
   void drain();
   int writeNext();
   void fail(int error);
-  void close();
+  /// @return whether the stream is whole
+  bool close();
   int take(const AVCodecContext& encoder, AVPacket& packet) override;
 
   const std::string address;
@@ -153,7 +161,6 @@ struct StreamWriter::State : ffmpeg::PacketSink {
   const Events events;
   std::atomic<Phase> phase{Phase::opening};
   std::atomic<std::int32_t> bitrate{format.videoBitrate};
-  std::atomic<std::uint64_t> dropped{0};
   Deadline deadline;
 
   std::mutex mutex;  // guards what follows, up to the output
@@ -178,10 +185,7 @@ template <class Item>
 bool StreamWriter::State::push(std::vector<Item>& queue, std::size_t most, Item item) {
   if (phase != Phase::open) return false;
   const std::lock_guard lock(mutex);
-  if (queue.size() >= most) {
-    ++dropped;
-    return false;
-  }
+  if (queue.size() >= most) return false;
   queue.push_back(std::move(item));
   return !std::exchange(isScheduled, true);
 }
@@ -272,16 +276,20 @@ void StreamWriter::State::fail(int error) {
   if (events.failed) events.failed(address + ": " + ffmpeg::errorText(error));
 }
 
-void StreamWriter::State::close() {
+bool StreamWriter::State::close() {
   drain();
   const Phase former = phase.exchange(Phase::ended);
   if (former == Phase::opening && events.opened) events.opened(address + ": ended before it was open");
-  if (former != Phase::open) return;
+  if (former != Phase::open) return false;
   int error = format.hasPicture ? pictureEncoder.flush(*this) : 0;
   if (error == 0) error = soundEncoder.flush(*this);
   deadline.set(kPatience);
-  if (error == 0) av_write_trailer(output.get());
+  if (error == 0) error = av_write_trailer(output.get());
+  const int closed = closeOutput(*output);
+  if (error == 0) error = closed;
   output.reset();
+  if (error < 0) fail(error);
+  return error >= 0;
 }
 
 StreamAddress StreamWriter::check(const std::string& address) {
@@ -324,13 +332,11 @@ void StreamWriter::writeSound(const AudioBlock& block, Microseconds time) {
 
 void StreamWriter::setVideoBitrate(std::int32_t kilobitsPerSecond) { state_->bitrate = kilobitsPerSecond; }
 
-void StreamWriter::finish(std::function<void()> done) {
+void StreamWriter::finish(std::function<void(bool isWhole)> done) {
   runner_->post([state = state_, done = std::move(done)] {
-    state->close();
-    if (done) done();
+    const bool isWhole = state->close();
+    if (done) done(isWhole);
   });
 }
-
-std::uint64_t StreamWriter::dropped() const { return state_->dropped; }
 
 }  // namespace lumo

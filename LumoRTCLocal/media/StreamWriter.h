@@ -40,7 +40,8 @@ class StreamWriter {
   struct Events {
     /// Once: the address is open, or, when `error` is not empty, it cannot be opened.
     std::function<void(const std::string& error)> opened;
-    /// At most once, after a successful `opened`: the stream has ended with an error.
+    /// At most once, after a successful `opened`: the stream has ended with an error, if only that of its
+    /// end.
     std::function<void(const std::string& error)> failed;
   };
 
@@ -60,10 +61,8 @@ class StreamWriter {
   /// @param kilobitsPerSecond  of the pictures from now on, at least 1
   void setVideoBitrate(std::int32_t kilobitsPerSecond);
   /// Sends what is still waiting and closes the address, then calls `done` on the writer's runner.
-  void finish(std::function<void()> done);
-
-  /// Pictures and blocks that came too fast.
-  std::uint64_t dropped() const;
+  /// @param done  told whether the stream is whole: it was open and has never failed
+  void finish(std::function<void(bool isWhole)> done);
 
  private:
   struct State;

@@ -12,11 +12,16 @@
 #include <utility>
 #include <vector>
 
+#include "LumoRTCLibWrapper/util/LMIWFinallyLocked.h"
+
 namespace lumo {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using RunnerId = std::uint64_t;
+
+/// Far beyond it, a point in time does not fit into the clock's numbers.
+constexpr std::chrono::hours kLongestWait(1);
 
 /// Whose task the thread is in; 0 outside of tasks.
 thread_local RunnerId currentRunner = 0;
@@ -102,7 +107,7 @@ std::optional<Entry> waitForTask(ThreadState& state) {
     if (state.heap.isEmpty()) {
       state.changed.wait(lock);
     } else if (const Microseconds time = state.heap.firstTime(); time > state.now()) {
-      state.changed.wait_until(lock, state.start + time);
+      state.changed.wait_until(lock, state.start + std::min(time, state.now() + kLongestWait));
     } else {
       return state.heap.pop();
     }
@@ -217,13 +222,12 @@ class ManualTimeline : public Timeline {
   std::size_t advance(Microseconds duration) override {
     const auto state = state_;  // a task may destroy the timeline
     std::unique_lock lock(state->mutex);
-    if (state->advancing) return 0;
-    state->advancing = true;
+    if (std::exchange(state->advancing, true)) return 0;
+    const FinallyLocked advanced(lock, [&] { state->advancing = false; });
     const Microseconds end = state->now + duration;
     std::size_t count = 0;
     for (; !state->heap.isEmpty() && state->heap.firstTime() <= end; ++count) runFirst(*state, lock);
     state->now = end;
-    state->advancing = false;
     return count;
   }
 
@@ -232,15 +236,14 @@ class ManualTimeline : public Timeline {
     Entry entry = state.heap.pop();
     state.now = std::max(state.now, entry.time);
     state.running = entry.runner;
+    const FinallyLocked done(lock, [&] {
+      state.running = 0;
+      state.taskDone.notify_all();
+    });
     lock.unlock();
-    {
-      const CurrentRunnerScope scope(entry.runner);
-      entry.task();
-      entry.task = nullptr;  // what it holds may be the last to own its runner
-    }
-    lock.lock();
-    state.running = 0;
-    state.taskDone.notify_all();
+    const CurrentRunnerScope scope(entry.runner);
+    const Runner::Task task = std::move(entry.task);  // what it holds may be the last to own its runner
+    task();
   }
 
   const std::shared_ptr<ManualState> state_ = std::make_shared<ManualState>();

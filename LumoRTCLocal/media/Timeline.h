@@ -51,7 +51,8 @@ class Timeline {
 
   /// Moves manual time forward by `duration` and runs what falls due on the way, in order of time, then of
   /// posting, tasks included that other tasks post meanwhile. One thread at a time; from within a task it
-  /// does nothing, and on a real timeline neither.
+  /// does nothing, and on a real timeline neither. What a task throws comes out of it; the tasks after that
+  /// one wait for the next call.
   /// @param duration  at least 0; 0 runs what is due now
   /// @return the number of tasks run
   virtual std::size_t advance(Microseconds duration) = 0;

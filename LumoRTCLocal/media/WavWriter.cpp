@@ -68,10 +68,12 @@ std::string WavWriter::close() {
   }
   runner_.reset();
   writeWaiting();
+  const bool hasFailed = !file_;
+  file_.clear();  // what the disk has taken can still be made a whole file
   file_.seekp(0);
   writeHeader();
   file_.close();
-  if (!file_) return path_ + " could not be written to its end";
+  if (hasFailed || !file_) return path_ + " could not be written to its end";
   return isIncomplete_ ? path_ + " is incomplete: the disk was too slow, or the file is full" : std::string();
 }
 
@@ -80,10 +82,9 @@ void WavWriter::writeWaiting() {
     const std::lock_guard lock(mutex_);
     writing_.swap(waiting_);
   }
-  for (const AudioBlock& block : writing_) {
+  for (const AudioBlock& block : writing_)
     file_.write(reinterpret_cast<const char*>(block.samples.data()), kBlockBytes);
-    if (file_) writtenBytes_ += kBlockBytes;
-  }
+  if (file_.flush()) writtenBytes_ += static_cast<std::uint32_t>(writing_.size()) * kBlockBytes;
   writing_.clear();
 }
 

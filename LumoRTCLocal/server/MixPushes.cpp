@@ -56,7 +56,9 @@ std::int64_t MixPushes::remove(const std::string& address, Completion completion
     pushes_.erase(found);
     publishLocked();
   }
-  writer->finish([writer, completion = std::move(completion)] { completion(LocalCodeSuccess); });
+  writer->finish([writer, completion = std::move(completion)](bool isWhole) {
+    completion(isWhole ? LocalCodeSuccess : LocalCodePushFailed);
+  });
   return LocalCodeSuccess;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -29,7 +30,8 @@ class MixPushes : public std::enable_shared_from_this<MixPushes> {
   /// @param completion  called once, on another thread, when the address is open or has failed; not called
   ///                    when the answer is not 0
   std::int64_t add(const std::string& address, const StreamFormat& format, Completion completion);
-  /// @param completion  called when the address has been closed; not called when the answer is not 0
+  /// @param completion  called when the address has been closed, with an error when the stream did not reach
+  ///                    it whole; not called when the answer is not 0
   std::int64_t remove(const std::string& address, Completion completion);
   /// Ends all of them when the last holder of the result lets go, which may take a second.
   Writers takeAll();

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
+#include "LumoRTCLibWrapper/util/LMIWFinallyLocked.h"
 #include "LumoRTCLibWrapper/util/LMIWRing.h"
 
 namespace lumo {
@@ -67,6 +68,10 @@ class BuiltInQueue {
   /// one runs.
   std::size_t drain(std::unique_lock<std::mutex>& lock) {
     running_ = true;
+    const FinallyLocked drained(lock, [this] {
+      running_ = false;
+      changed_.notify_all();
+    });
     runner_ = std::this_thread::get_id();
     std::size_t count = 0;
     for (; !tasks_.empty() && !stopping_; ++count) {
@@ -76,8 +81,6 @@ class BuiltInQueue {
       task = {};
       lock.lock();
     }
-    running_ = false;
-    changed_.notify_all();
     return count;
   }
 

@@ -59,7 +59,7 @@ class MainQueue {
 
   /// Runs the tasks that wait in the built-in queue, those included that they post meanwhile, on the calling
   /// thread. Meant for hosts that have switched the own thread off; does nothing on a thread that is already
-  /// running tasks.
+  /// running tasks. What a task throws comes out of the call; the tasks after that one wait for the next.
   /// @return the number of tasks run
   static std::size_t runPending();
 };

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <stdexcept>
 
 #include "LumoRTCLocal/media/Timeline.h"
 
@@ -32,6 +33,17 @@ TEST(ManualTimelineTest, RunsWhatFallsDueByTimeThenByPosting) {
   one->postAt(5us, note("overdue"));
   EXPECT_EQ(3u, timeline->advance(1us));
   EXPECT_EQ("nested@0 first@10 second@10 nested-later@20 today@29 overdue@29 late@30 ", lines);
+}
+
+TEST(ManualTimelineTest, GoesOnAfterATaskThatThrows) {
+  const auto timeline = Timeline::manual();
+  const auto runner = timeline->makeRunner("one");
+  int runs = 0;
+  runner->postAt(1us, [] { throw std::runtime_error("from a host's callback"); });
+  runner->postAt(1us, [&] { ++runs; });
+  EXPECT_THROW(timeline->advance(2us), std::runtime_error);
+  EXPECT_EQ(1u, timeline->advance(1us));
+  EXPECT_EQ(1, runs);
 }
 
 TEST(RunnerTest, ATaskMayDestroyItsRunner) {
