@@ -68,6 +68,7 @@ Broadcast::Broadcast(const LiveOptions& options, std::shared_ptr<LumoRTCLocal> l
 
 Broadcast::~Broadcast() {
   if (linkedHost_) linkedHost_->onInvitation({});
+  local_->setPushFailed({});
   engine_->destroy();
   local_->uninstall();
 }

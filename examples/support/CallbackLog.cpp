@@ -38,20 +38,41 @@ void CallbackLog::progress(std::string_view callback, double seconds, double tot
        values.data() + std::string(full, '#') + std::string(static_cast<std::size_t>(kCells) - full, '.'));
 }
 
-void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
+void CallbackLog::fill(LMRTCIWEngineDelegate& delegate) const {
+  fillRooms(delegate);
+  fillSubRooms(delegate);
+  fillStreams(delegate);
+  fillLive(delegate);
+  fillMedia(delegate);
+}
+
+void CallbackLog::fillRooms(LMRTCIWEngineDelegate& d) const {
   print(d.onRoomJoined, "onRoomJoined", {"code", "message"});
   print(d.onRoomLeft, "onRoomLeft", {"code", "message"});
   print(d.onKicked, "onKicked", {"roomId", "message"});
+  print(d.onUserJoined, "onUserJoined", {"roomId", "userId"});
+  print(d.onUserLeft, "onUserLeft", {"roomId", "userId"});
+  print(d.onUserOffline, "onUserOffline", {"roomId", "userId"});
+}
+
+void CallbackLog::fillSubRooms(LMRTCIWEngineDelegate& d) const {
   print(d.onJoinSubRoomRequested, "onJoinSubRoomRequested", {"roomId", "userId", "code", "message"});
   print(d.onJoinSubRoomRequestResponseReceived, "onJoinSubRoomRequestResponseReceived",
         {"roomId", "userId", "agree", "extra"});
   print(d.onSubRoomJoined, "onSubRoomJoined", {"roomId", "code", "message"});
   print(d.onSubRoomLeft, "onSubRoomLeft", {"roomId", "code", "message"});
   print(d.onSubRoomBanded, "onSubRoomBanded", {"roomId"});
-  print(d.onUserJoined, "onUserJoined", {"roomId", "userId"});
-  print(d.onUserLeft, "onUserLeft", {"roomId", "userId"});
-  print(d.onUserOffline, "onUserOffline", {"roomId", "userId"});
-  print(d.onRemoteLiveRoleSwitched, "onRemoteLiveRoleSwitched", {"roomId", "userId", "role"});
+  print(d.onJoinSubRoomRequestCanceled, "onJoinSubRoomRequestCanceled",
+        {"roomId", "userId", "code", "message"});
+  print(d.onJoinSubRoomRequestResponded, "onJoinSubRoomRequestResponded",
+        {"roomId", "userId", "agree", "code", "message"});
+  print(d.onJoinSubRoomRequestReceived, "onJoinSubRoomRequestReceived", {"roomId", "userId", "extra"});
+  print(d.onCancelJoinSubRoomRequestReceived, "onCancelJoinSubRoomRequestReceived",
+        {"roomId", "userId", "extra"});
+  print(d.onSubRoomDisband, "onSubRoomDisband", {"roomId", "userId"});
+}
+
+void CallbackLog::fillStreams(LMRTCIWEngineDelegate& d) const {
   print(d.onRemotePublished, "onRemotePublished", {"roomId", "userId", "mediaType"});
   print(d.onRemoteUnpublished, "onRemoteUnpublished", {"roomId", "userId", "mediaType"});
   print(d.onRemoteStateChanged, "onRemoteStateChanged", {"roomId", "userId", "type", "disabled"});
@@ -64,22 +85,27 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
         {"roomId", "userId", "tag", "type", "disabled"});
   print(d.onRemoteCustomStreamFirstFrame, "onRemoteCustomStreamFirstFrame",
         {"roomId", "userId", "tag", "type"});
+  print(d.onPublished, "onPublished", {"mediaType", "code", "message"});
+  print(d.onUnpublished, "onUnpublished", {"mediaType", "code", "message"});
+  print(d.onSubscribed, "onSubscribed", {"userId", "mediaType", "code", "message"});
+  print(d.onUnsubscribed, "onUnsubscribed", {"userId", "mediaType", "code", "message"});
+  print(d.onCustomStreamPublished, "onCustomStreamPublished", {"tag", "code", "message"});
+  print(d.onCustomStreamPublishFinished, "onCustomStreamPublishFinished", {"tag"});
+  print(d.onCustomStreamUnpublished, "onCustomStreamUnpublished", {"tag", "code", "message"});
+  print(d.onCustomStreamSubscribed, "onCustomStreamSubscribed", {"userId", "tag", "type", "code", "message"});
+  print(d.onCustomStreamUnsubscribed, "onCustomStreamUnsubscribed",
+        {"userId", "tag", "type", "code", "message"});
+}
+
+void CallbackLog::fillLive(LMRTCIWEngineDelegate& d) const {
+  print(d.onRemoteLiveRoleSwitched, "onRemoteLiveRoleSwitched", {"roomId", "userId", "role"});
   print(d.onRemoteLiveMixPublished, "onRemoteLiveMixPublished", {"mediaType"});
   print(d.onRemoteLiveMixUnpublished, "onRemoteLiveMixUnpublished", {"mediaType"});
   print(d.onRemoteLiveMixFirstFrame, "onRemoteLiveMixFirstFrame", {"mediaType"});
   print(d.onRemoteLiveMixInnerCdnStreamPublished, "onRemoteLiveMixInnerCdnStreamPublished", {});
   print(d.onRemoteLiveMixInnerCdnStreamUnpublished, "onRemoteLiveMixInnerCdnStreamUnpublished", {});
-  print(d.onPublished, "onPublished", {"mediaType", "code", "message"});
-  print(d.onUnpublished, "onUnpublished", {"mediaType", "code", "message"});
-  print(d.onSubscribed, "onSubscribed", {"userId", "mediaType", "code", "message"});
-  print(d.onUnsubscribed, "onUnsubscribed", {"userId", "mediaType", "code", "message"});
   print(d.onLiveMixSubscribed, "onLiveMixSubscribed", {"mediaType", "code", "message"});
   print(d.onLiveMixUnsubscribed, "onLiveMixUnsubscribed", {"mediaType", "code", "message"});
-  print(d.onAudioEffectCreated, "onAudioEffectCreated", {"effectId", "code", "message"});
-  print(d.onAudioMixingStarted, "onAudioMixingStarted", {});
-  print(d.onAudioMixingFinished, "onAudioMixingFinished", {});
-  print(d.onCustomStreamPublished, "onCustomStreamPublished", {"tag", "code", "message"});
-  print(d.onCustomStreamPublishFinished, "onCustomStreamPublishFinished", {"tag"});
   print(d.onLiveMixLayoutModeSet, "onLiveMixLayoutModeSet", {"code", "message"});
   print(d.onLiveMixRenderModeSet, "onLiveMixRenderModeSet", {"code", "message"});
   print(d.onLiveMixBackgroundColorSet, "onLiveMixBackgroundColorSet", {"code", "message"});
@@ -98,11 +124,24 @@ void CallbackLog::fill(LMRTCIWEngineDelegate& d) const {
         {"code", "message"});
   print(d.onLocalLiveMixInnerCdnVideoFpsSet, "onLocalLiveMixInnerCdnVideoFpsSet", {"code", "message"});
   print(d.onLiveRoleSwitched, "onLiveRoleSwitched", {"role", "code", "message"});
+  print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
+}
+
+void CallbackLog::fillMedia(LMRTCIWEngineDelegate& d) const {
+  print(d.onAudioEffectCreated, "onAudioEffectCreated", {"effectId", "code", "message"});
+  print(d.onAudioMixingStarted, "onAudioMixingStarted", {});
+  print(d.onAudioMixingFinished, "onAudioMixingFinished", {});
   print(d.onWatermarkSet, "onWatermarkSet", {"code", "message"});
   print(d.onNetworkProbeStarted, "onNetworkProbeStarted", {"code", "message"});
   print(d.onSeiEnabled, "onSeiEnabled", {"enabled", "code", "message"});
   print(d.onSeiReceived, "onSeiReceived", {"roomId", "userId", "sei"});
-  print(d.onLiveMixSeiReceived, "onLiveMixSeiReceived", {"sei"});
+  print(d.onCameraEnabled, "onCameraEnabled", {"enabled", "code", "message"});
+  print(d.onCameraSwitched, "onCameraSwitched", {"camera", "code", "message"});
+  print(d.onAudioMixingPaused, "onAudioMixingPaused", {});
+  print(d.onAudioMixingResume, "onAudioMixingResume", {});
+  print(d.onAudioMixingStopped, "onAudioMixingStopped", {});
+  print(d.onWatermarkRemoved, "onWatermarkRemoved", {"code", "message"});
+  print(d.onNetworkProbeStopped, "onNetworkProbeStopped", {"code", "message"});
 }
 
 void CallbackLog::line(const char* mark, std::string_view what, std::string_view values) const {

@@ -25,6 +25,11 @@ class CallbackLog {
   void fill(LMRTCIWEngineDelegate& delegate) const;
 
  private:
+  void fillRooms(LMRTCIWEngineDelegate& d) const;
+  void fillSubRooms(LMRTCIWEngineDelegate& d) const;
+  void fillStreams(LMRTCIWEngineDelegate& d) const;
+  void fillLive(LMRTCIWEngineDelegate& d) const;
+  void fillMedia(LMRTCIWEngineDelegate& d) const;
   /// @param labels  the names of the callback's arguments
   template <class... Arguments>
   void print(std::function<void(Arguments...)>& field, const char* name,
