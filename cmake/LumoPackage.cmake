@@ -12,7 +12,8 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/LumoRTCLibWrapperConfigV
 install(FILES "${PROJECT_BINARY_DIR}/LumoRTCLibWrapperConfig.cmake"
               "${PROJECT_BINARY_DIR}/LumoRTCLibWrapperConfigVersion.cmake"
         DESTINATION "${package_dir}")
+install(EXPORT LumoRTCLibWrapperTargets NAMESPACE LumoRTCLibWrapper:: DESTINATION "${package_dir}")
 if(LUMO_BUILD_LOCAL)
   install(FILES "${PROJECT_SOURCE_DIR}/cmake/FindLibYuv.cmake" DESTINATION "${package_dir}")
+  install(EXPORT LumoRTCLocalTargets NAMESPACE LumoRTCLibWrapper:: DESTINATION "${package_dir}")
 endif()
-install(EXPORT LumoRTCLibWrapperTargets NAMESPACE LumoRTCLibWrapper:: DESTINATION "${package_dir}")

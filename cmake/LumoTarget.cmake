@@ -18,7 +18,7 @@ endfunction()
 # With the tests, every one of these headers is also compiled alone.
 function(lumo_install_library target)
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${ARGN})
-  install(TARGETS ${target} EXPORT LumoRTCLibWrapperTargets
+  install(TARGETS ${target} EXPORT ${target}Targets
           ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endfunction()
