@@ -1,12 +1,10 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "LumoRTCLibWrapper/engine/LMRTCIWEngineBase.h"
@@ -18,13 +16,8 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCStatusReport.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoInputStreamDelegate.h"
-#include "LumoRTCLibWrapper/util/LMIWFormat.h"
 
 class CallFrame;
-class LMRTCAudioEffectManager;
-class LMRTCAudioOutputStream;
-class LMRTCBaseRoom;
-class LMRTCCameraVideoOutputStream;
 class LMRTCIWView;
 class LMRTCLocalUser;
 class LMRTCOutputStream;
@@ -47,8 +40,9 @@ struct UIPoint;
 /// (LMRTCIWEngineDelegate), with the SDK's code and text, on the SDK's thread unless another is named. Every
 /// call and every outcome is logged (LMFwLog).
 ///
-/// After `destroy` an instance stays usable but finds nothing: its operations return -10 or -13, whichever
-/// they check first, its remaining completions are silent and no callback is made.
+/// After `destroy` an instance stays usable but finds nothing: operations that check for the SDK, a room, a
+/// stream or a view fail, those that check nothing return 0. Its remaining completions are silent and no
+/// callback is made.
 class LMRTCIWEngine : public LMRTCIWEngineBase,
                       public std::enable_shared_from_this<LMRTCIWEngine>,
                       private LMRTCEngineEventDelegate,
@@ -151,8 +145,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// refused.
   /// @param mediaType  LMRTCIWMediaType
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeParameterError for
-  /// any other
-  ///         media type, or (without a log line) any other role
+  ///         any other media type, or (without a log line) any other role
   /// @callback onPublished
   std::int64_t publish(std::int64_t mediaType);
 
@@ -176,8 +169,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
 
   /// Receives the streams of several users; ids that are not in the room are skipped.
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeParameterError
-  /// when the users
-  ///         publish no such stream
+  ///         when the users publish no such stream
   /// @callback onSubscribed
   std::int64_t subscribeWithUserIds(const UserIds& userIds, std::int64_t mediaType);
   std::int64_t subscribeWithUserIds(const UserIds& userIds, std::int64_t mediaType, bool tiny);
@@ -195,8 +187,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// Receives the live mix of a live room.
   /// @param mediaType  0 audio, 1 video, any other number both
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeParameterError
-  /// when the room
-  ///         has no such live stream
+  ///         when the room has no such live stream
   /// @callback onLiveMixSubscribed
   std::int64_t subscribeLiveMix(std::int64_t mediaType);
   std::int64_t subscribeLiveMix(std::int64_t mediaType, bool tiny);
@@ -295,8 +286,8 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// Mutes microphone and camera streams of a user.
   /// @param mediaType  LMRTCIWMediaType; any other number selects nothing
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
-  /// LMRTCWrapperCodeRemoteUserNotJoined;
-  ///         LMRTCWrapperCodeStreamNotExist, without a log line, when the user publishes no such stream
+  ///         LMRTCWrapperCodeRemoteUserNotJoined; LMRTCWrapperCodeStreamNotExist, without a log line, when
+  ///         the user publishes no such stream
   std::int64_t muteRemoteStream(const std::string& userId, std::int64_t mediaType, bool mute);
 
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined
@@ -305,8 +296,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// Mutes the live mix.
   /// @param mediaType  LMRTCIWMediaType; any other number selects nothing
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeStreamNotExist,
-  /// without a log
-  ///         line, when the room has no such live stream
+  ///         without a log line, when the room has no such live stream
   std::int64_t muteLiveMixStream(std::int64_t mediaType, bool mute);
 
   /// @}
@@ -364,8 +354,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
 
   /// Starts, or ends, pushing the live mix to an address.
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeParameterError
-  /// when there is
-  ///         no live publication
+  ///         when there is no live publication
   /// @callback onLiveCdnAdded, onLiveCdnRemoved
   std::int64_t addLiveCdn(const std::string& url);
   std::int64_t removeLiveCdn(const std::string& url);
@@ -376,8 +365,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
 
   /// Receives the inner CDN stream, or stops receiving it.
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined; LMRTCWrapperCodeStreamNotExist
-  /// when the room
-  ///         has none
+  ///         when the room has none
   /// @callback onLiveMixInnerCdnStreamSubscribed, onLiveMixInnerCdnStreamUnsubscribed
   std::int64_t subscribeLiveMixInnerCdnStream();
   std::int64_t unsubscribeLiveMixInnerCdnStream();
@@ -414,12 +402,10 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// Moves the local user between broadcaster and audience of the live room.
   /// @param role  LMRTCIWRoleLiveBroadcaster or LMRTCIWRoleLiveAudience
   /// @return 0; LMRTCWrapperCodeEngineDestroyed; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
-  /// -21 in a
-  ///         meeting room; LMRTCWrapperCodeParameterError for the role held already and for any other number.
-  ///         The last three write a console line only.
+  ///         -21 in a meeting room; LMRTCWrapperCodeParameterError for the role held already and for any
+  ///         other number. The last three write a console line only.
   /// @callback onLiveRoleSwitched, with the role held by then, and on success as audience
-  /// onRemoteLiveMixPublished;
-  ///           onKicked when the server removes the local user instead
+  ///         onRemoteLiveMixPublished; onKicked when the server removes the local user instead
   std::int64_t switchLiveRole(std::int64_t role);
 
   /// @}
@@ -432,8 +418,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   /// Registers a file under an id.
   /// @param url  path or file URL
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError when `url` is absent or
-  /// (without a log
-  ///         line) when the id is taken
+  ///         (without a log line) when the id is taken
   /// @callback onAudioEffectCreated, on the main queue
   std::int64_t createAudioEffect(const OptionalText& url, std::int64_t effectId);
   /// Frees the id; an effect that plays keeps playing.
@@ -533,8 +518,8 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
 
   /// Publishes the stream. At the end of the file the engine unpublishes it by itself.
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeStreamNotExist;
-  /// LMRTCWrapperCodeParameterError,
-  ///         without a log line, for any other role than member and broadcaster
+  ///         LMRTCWrapperCodeParameterError, without a log line, for any other role than member and
+  ///         broadcaster
   /// @callback onCustomStreamPublished when reading starts or fails; onCustomStreamPublishFinished at the end
   std::int64_t publishCustomStream(const std::string& tag);
   /// Codes as for `publishCustomStream`.
@@ -562,8 +547,7 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
   std::int64_t setRemoteCustomStreamViewWithViewDelegate(const std::shared_ptr<LMRTCIWViewDelegate>& view,
                                                          const std::string& userId, const std::string& tag);
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined; LMRTCWrapperCodeParameterError, without a log line, when
-  /// there is no
-  ///         view
+  ///         there is no view
   std::int64_t removeRemoteCustomStreamView(const std::string& userId, const std::string& tag);
 
   /// @param tiny  true: the small video stream
@@ -691,15 +675,13 @@ class LMRTCIWEngine : public LMRTCIWEngineBase,
 
   /// Watches, and may replace, the pictures of a custom stream of the local user.
   /// @return 0; LMRTCWrapperCodeStreamNotExist when there is none of that tag;
-  /// LMRTCWrapperCodeInterfaceNotSupport,
-  ///         without a log line, when it is not a file
+  ///         LMRTCWrapperCodeInterfaceNotSupport, without a log line, when it is not a file
   std::int64_t setLocalCustomVideoProcessedDelegate(const SampleObserver& observer, const std::string& tag);
 
   /// Watches the decoded pictures of a remote custom stream. The observer is kept, or removed, even if user
   /// or stream are then not found.
   /// @return 0; LMRTCWrapperCodeLocalUserNotJoined when no room is joined;
-  /// LMRTCWrapperCodeRemoteUserNotJoined;
-  ///         LMRTCWrapperCodeStreamNotExist
+  ///         LMRTCWrapperCodeRemoteUserNotJoined; LMRTCWrapperCodeStreamNotExist
   std::int64_t setRemoteCustomVideoProcessedDelegate(const PixelObserver& observer, const std::string& userId,
                                                      const std::string& tag);
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLibWrapper/util/LMIWRing.h"

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "LumoRTCLibWrapper/platform/system/UIView.h"
 #include "LumoRTCLibWrapper/views/LMRTCIWViewDelegate.h"

@@ -88,8 +88,7 @@ class LMRTCCameraVideoOutputStream : public LMRTCVideoOutputStream {
   /// Draws a picture over what is captured.
   /// @param image     null takes the watermark away
   /// @param position  origin: its place in the captured picture, as fractions of width and height; width: its
-  /// zoom, a
-  ///                  fraction of the captured width; height: not used
+  ///                  zoom, a fraction of the captured width; height: not used
   /// @return whether the SDK accepted it
   virtual bool setWaterMark(const std::shared_ptr<const UIImage>& image, const UIRect& position) = 0;
 
