@@ -21,7 +21,7 @@ TEST_F(DiagnosticsTest, AWatermarkIsReportedOnTheMainQueue) {
   EXPECT_TRACE("host onWatermarkSet 0 Success", "host onWatermarkRemoved -22 Set or remove WaterMark error");
 }
 
-TEST_F(DiagnosticsTest, EachOperationAsksForTheEngineFirst) {
+TEST_F(DiagnosticsTest, TestsAndSeiReachTheSdkAndReportTheirOutcome) {
   const auto observer = std::make_shared<LMRTCIWNetworkProbeDelegate>();
   join();
   expect(0, engine->startEchoTest(3), {"T startEchoTest timeInterval:3", "-> startEchoTest 3"});
@@ -38,9 +38,9 @@ TEST_F(DiagnosticsTest, EachOperationAsksForTheEngineFirst) {
   room->me->seiAnswer = 77;
   expect(77, engine->sendSei("hi"), {"-> sendSEI hi"});
 
-  engine->setRtcEngine(nullptr);
-  expect(kDestroyed, engine->startNetworkProbe(nullptr),
+  expect(kBadParameter, engine->startNetworkProbe(nullptr),
          {"T startRTCProbeTest delegate:0", "E startNetworkProbe msg:rtcEngine is nil"});
+  engine->setRtcEngine(nullptr);
   expect(kDestroyed, engine->sendSei("hi"), {"E sendSei msg:rtcEngine is nil"});
   expect(kDestroyed, engine->removeWatermark(), {"T removeWatermark", kNoEngine});
 }

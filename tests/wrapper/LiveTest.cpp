@@ -117,8 +117,9 @@ TEST_F(LiveTest, TheInnerCdnStreamIsReceivedShownAndMuted) {
   const auto shown = view("v");
   const std::string set = "T setLiveMixInnerCdnStreamViewDelegate view:";
   const std::string mute = "T muteLiveMixInnerCdnStream mute:1";
-  expect(kBadParameter, engine->setLiveMixInnerCdnStreamViewDelegate(nullptr),
-         {set + "0", "E unsubscribeLiveMixInnerCdnStream msg:view is nil"});
+  expect(kBadParameter, engine->setLiveMixInnerCdnStreamView(nullptr),
+         {"T setLiveMixInnerCdnStreamView view:0", set + "0",
+          "E unsubscribeLiveMixInnerCdnStream msg:view is nil"});
   join(LMRTCIWRoleLiveAudience);
   expect(0, engine->setLiveMixInnerCdnStreamViewDelegate(shown), {set + "1", "-> v.setInnerCdnView nil"});
   expect(kNoStream, engine->subscribeLiveMixInnerCdnStream(),
