@@ -84,7 +84,6 @@ TEST_F(CustomStreamTest, PublishingReportsFailuresAtOnceAndSuccessWhenReadingSta
   }
   join(LMRTCIWRoleLiveAudience);
   expect(kBadParameter, engine->publishCustomStream("clip"), {publish});
-  expect(kBadParameter, engine->unpublishCustomStream("clip"), {unpublish});
 
   const auto events = file->events();
   events->fileVideoOutputStreamDidStartRead(file);

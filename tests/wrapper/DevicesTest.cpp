@@ -37,7 +37,8 @@ TEST_F(DevicesTest, CameraResultsComeOnTheMainQueueAndReadTheCameraThere) {
   expect(0, engine->enableCamera(true, 0),
          {"T enableCamera enable:1,camera:0", "-> me_cam.setCameraPosition 2", "T enableCamera enable:1",
           "-> me_cam.startCapture"});
-  expect(0, engine->enableCamera(false), {"T enableCamera enable:0", "-> me_cam.stopCapture"});
+  expect(0, engine->enableCamera(false, 1),
+         {"T enableCamera enable:0,camera:1", "T enableCamera enable:0", "-> me_cam.stopCapture"});
   expect(0, engine->switchCamera(), {"T switchCamera", "-> me_cam.switchCamera"});
   expect(kBadParameter, engine->enableCamera(true, -1), {"T enableCamera enable:1,camera:-1"});
   sdk->engine->camera->position = 1;
