@@ -142,6 +142,10 @@ class CallTest : public ::testing::Test {
     advance(0us);
     return std::exchange(lines, {});
   }
+  std::string lastTold() {
+    const Lines all = told();
+    return all.empty() ? "" : all.back();
+  }
 
   void join(std::int64_t role = LMRTCIWRoleMeetingMember) {
     const auto setup = std::make_shared<LMRTCIWRoomSetup>();

@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "LumoRTCLibWrapper/engine/LMRTCIWStatsDelegate.h"
+#include "examples/lumo-call/Gallery.h"
 #include "examples/lumo-call/Options.h"
 #include "examples/lumo-call/StatsPlot.h"
 #include "examples/lumo-call/StatsTable.h"
@@ -59,6 +62,51 @@ TEST_F(CallTest, TheDemoShowsTheStatisticsOfEveryStream) {
   const std::string plot = readFile(folder.path("p.svg"));
   EXPECT_TRUE(plot.starts_with("<?xml") && plot.ends_with("</svg>\n"));
   EXPECT_NE("", writeStatsPlot(folder.path("no/p.png"), reports.all()));
+}
+
+/// The demo's surfaces in a call of their own.
+struct SheetCall : CallTest {
+  void TestBody() override {}
+  std::vector<Gallery::Shown> run(SurfaceKind kind) {
+    Gallery gallery(kind);
+    join();
+    publish(kVideo);
+    EXPECT_EQ(0, engine->setLocalViewWithViewDelegate(gallery.surfaceOf("me").view()));
+    for (const char* const name : {"anna", "ben"}) {
+      addPublishing(name, Media::video);
+      advance(0us);
+      EXPECT_EQ(0, engine->subscribe(name, kVideo));
+      EXPECT_EQ(0, engine->setRemoteViewWithViewDelegate(gallery.surfaceOf(name).view(), name));
+    }
+    gallery.layout();
+    engine->setCameraCaptureOrientation(1);
+    advance(2s);
+    gallery.tick();
+    auto shown = gallery.shown();
+    engine->removeLocalView();
+    for (const char* const name : {"anna", "ben"}) engine->removeRemoteView(name);
+    return shown;
+  }
+};
+
+TEST(SheetTest, TheSameCallLooksTheSameOnEverySurface) {
+  const auto native = SheetCall().run(SurfaceKind::native);
+  ASSERT_EQ(3u, native.size());
+  for (const SurfaceKind kind : {SurfaceKind::flutter, SurfaceKind::unity}) {
+    const auto other = SheetCall().run(kind);
+    ASSERT_EQ(3u, other.size());
+    for (std::size_t i = 0; i < native.size(); ++i) {
+      EXPECT_EQ(native[i].picture.label, other[i].picture.label);
+      EXPECT_EQ(native[i].frames, other[i].frames);
+      const auto& [width, height, expected] = native[i].picture.bitmap;
+      const auto& [otherWidth, otherHeight, actual] = other[i].picture.bitmap;
+      EXPECT_EQ(std::pair(width, height), std::pair(otherWidth, otherHeight));
+      const auto isSame = [&](int a, int b) {
+        return std::abs(a - b) <= (kind == SurfaceKind::unity ? 0 : 4);
+      };
+      EXPECT_TRUE(std::ranges::equal(expected, actual, isSame)) << native[i].picture.label;
+    }
+  }
 }
 
 }  // namespace

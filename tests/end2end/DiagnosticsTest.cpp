@@ -21,7 +21,6 @@ class DiagnosticsTest : public CallTest {
            percent(figures.packageLostRate), figures.rtt);
     };
     stats->onNetworkStats = [this](const auto& figures) {
-      EXPECT_NE(std::string::npos, figures.ip.find('.'));
       line("network", figures.type, figures.sendBitrate, figures.receiveBitrate, figures.rtt);
     };
     stats->onLocalAudioStats = sound;
@@ -111,7 +110,6 @@ TEST_F(DiagnosticsTest, ATextComesWithExactlyOnePicture) {
   EXPECT_EQ(LocalCodeSeiNotEnabled, engine->sendSei("x"));
   engine->enableSei(true);
   publish(kVideo);
-  EXPECT_EQ(LocalCodeSeiTooLong, engine->sendSei(std::string(4097, 'x')));
   local->setNetwork({.delay = 200ms}, {.delay = 100ms});
   EXPECT_EQ(0, engine->subscribe("anna", kVideo));
   advance(1s);
@@ -139,13 +137,13 @@ TEST_F(DiagnosticsTest, TheProbeMeasuresBothDirections) {
   EXPECT_EQ("down 5 0 100", settled().front());
   local->setNetwork({.delay = 200ms}, {.delay = 50ms});
   advance(5s);
-  EXPECT_EQ("finished 0 success", told().back());
+  EXPECT_EQ("finished 0 success", lastTold());
   engine->startNetworkProbe(probe);
   advance(1s);
   EXPECT_EQ((Lines{"started 0 Success", "up 3 250 0", "down 3 250 0"}), told());
   join();
   advance(1s);
-  EXPECT_TRUE(told().back().starts_with("finished 1703 ")) << "joining ends it";
+  EXPECT_TRUE(lastTold().starts_with("finished 1703 ")) << "joining ends it";
 }
 
 TEST_F(DiagnosticsTest, AJoinTakesLessTimeWhenTheServerIsConnectedAhead) {
@@ -181,8 +179,6 @@ TEST_F(DiagnosticsTest, TheEchoTestPlaysTheMicrophoneAfterTheInterval) {
   ASSERT_EQ(0, engine->startEchoTest(1));
   join();
   EXPECT_EQ("0 0 ", listen(2)) << "joining ends it";
-  ASSERT_EQ(0, engine->startEchoTest(1));
-  EXPECT_EQ("0 10 ", listen(2)) << "in a room";
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ TEST_F(SoundFilesTest, EveryFormatArrivesAtItsLevelAndAtThePlaceThatIsSought) {
     EXPECT_EQ("10 0 10 | 0 10", levels());
     EXPECT_NEAR(2.7, engine->getAudioMixingPosition(), 0.011);
     advance(2s);
-    EXPECT_EQ("finished", told().back());
+    EXPECT_EQ("finished", lastTold());
     EXPECT_EQ("10 0 0 | 0 0", levels());
   }
 }
@@ -72,16 +72,15 @@ TEST_F(SoundFilesTest, ModesAndVolumesDecideWhoHearsWhat) {
           {"in place of the microphone", start(LocalMixerModeReplace, true), "0 10 0 | 10 0"},
           {"half to the others", [&] { engine->adjustAudioMixingPublishVolume(50); }, "0 5 0 | 10 0"},
           {"a fifth here", [&] { engine->adjustAudioMixingPlaybackVolume(20); }, "0 5 0 | 2 0"},
-          {"full again", [&] { engine->adjustAudioMixingVolume(100); }, "0 10 0 | 10 0"},
           {"paused", [&] { engine->pauseAudioMixing(); }, "10 0 0 | 0 0"},
-          {"resumed", [&] { engine->resumeAudioMixing(); }, "0 10 0 | 10 0"},
-          {"muted", [&] { engine->muteLocalStream(kAudio, true); }, "- - - | 10 0"},
+          {"resumed", [&] { engine->resumeAudioMixing(); }, "0 5 0 | 2 0"},
+          {"muted", [&] { engine->muteLocalStream(kAudio, true); }, "- - - | 2 0"},
           {"stopped", [&] { engine->stopAudioMixing(); }, "- - - | 0 0"},
       },
       [this] { return levels(); });
 }
 
-TEST_F(SoundFilesTest, ProgressAndStatesComeInOrder) {
+TEST_F(SoundFilesTest, ProgressAndTheEndAreToldInOrder) {
   const std::string half = writeTones(folder, "half.wav", {{500, 0.45}});
   engine->leaveRoom();
   ASSERT_EQ(0, engine->startAudioMixing(half, LocalMixerModeMix, true, 2));
@@ -90,13 +89,6 @@ TEST_F(SoundFilesTest, ProgressAndStatesComeInOrder) {
                    "state 2 , reason: 4", "finished"}),
             told())
       << "without a room, over the seam";
-  engine->startAudioMixing(half, LocalMixerModeMix, true, 1);
-  engine->pauseAudioMixing();
-  engine->startAudioMixing(half, LocalMixerModeMix, true, 1, 0.1);
-  advance(210ms);
-  EXPECT_EQ((Lines{"state 0 , reason: 0", "state 1 , reason: 1", "state 2 , reason: 5", "state 0 , reason: 0",
-                   "at 300"}),
-            told());
 }
 
 TEST_F(SoundFilesTest, EffectsSoundOnTopOfEachOther) {
@@ -137,7 +129,7 @@ TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
     ASSERT_EQ(0, engine->startAudioMixing(folder.path(name), LocalMixerModeMix, true, 0));
     EXPECT_EQ("10 10 0 | 10 0", levels()) << name;
     advance(2s);
-    EXPECT_EQ("state 3 , reason: 6", told().back()) << name;
+    EXPECT_EQ("state 3 , reason: 6", lastTold()) << name;
     EXPECT_EQ("10 0 0 | 0 0", levels()) << "the call goes on";
   }
 }

@@ -1,5 +1,3 @@
-#include <cmath>
-
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCOutputStream.h"
 #include "LumoRTCLibWrapper/platform/system/UIImage.h"
