@@ -5,6 +5,7 @@
 
 #include "LumoRTCLibWrapper/model/LMRTCIWTypes.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoFrame.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
 
 namespace {
 

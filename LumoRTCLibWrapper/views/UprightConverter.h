@@ -7,9 +7,6 @@
 
 namespace lumo {
 
-/// Whether a picture turned by `rotation` degrees changes width and height.
-constexpr bool swapsSides(std::int32_t rotation) { return rotation == 90 || rotation == 270; }
-
 /// A new picture: `picture` turned clockwise by 90, 180 or 270 degrees; any other number copies it.
 std::shared_ptr<LumoRTCI420Buffer> rotatedCopy(const LumoRTCI420Buffer& picture, std::int32_t rotation);
 

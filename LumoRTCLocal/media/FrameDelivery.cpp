@@ -4,6 +4,8 @@
 #include <mutex>
 #include <utility>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
+
 namespace lumo {
 namespace {
 
@@ -15,8 +17,8 @@ struct FrameSize {
 };
 
 FrameSize uprightSize(const LMRTCVideoFrame& frame) {
-  const bool isTurned = frame.rotation == 90 || frame.rotation == 270;
-  return isTurned ? FrameSize{frame.height, frame.width} : FrameSize{frame.width, frame.height};
+  return swapsSides(frame.rotation) ? FrameSize{frame.height, frame.width}
+                                    : FrameSize{frame.width, frame.height};
 }
 
 }  // namespace

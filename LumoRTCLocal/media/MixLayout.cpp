@@ -9,8 +9,6 @@ constexpr std::int32_t kSmallPart = 4;    // of width and height
 constexpr std::int32_t kMarginPart = 48;  // of the width
 constexpr std::int32_t kSmallColumns = 4;
 
-std::int32_t even(std::int32_t value) { return value & ~1; }
-
 /// Where the part `index` of `count` begins.
 std::int32_t edge(std::int32_t length, std::int32_t index, std::int32_t count) {
   return even(static_cast<std::int32_t>(std::int64_t{length} * index / count));

@@ -16,8 +16,6 @@ constexpr std::uint8_t kBlackY = 16;
 constexpr std::uint8_t kNeutralChroma = 128;
 constexpr std::int32_t kMostShrinking = 16;  // of each side, in one go
 
-std::int32_t even(std::int32_t value) { return value & ~1; }
-
 std::int32_t scaledSide(std::int32_t side, double factor, std::int32_t limit) {
   return std::clamp(static_cast<std::int32_t>(std::lround(side * factor)), 1, limit);
 }

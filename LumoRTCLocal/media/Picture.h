@@ -33,6 +33,9 @@ struct PixelRect {
   bool operator==(const PixelRect&) const = default;
 };
 
+/// The even number at or below `value`, where the chroma planes have a sample of their own.
+constexpr std::int32_t even(std::int32_t value) { return value & ~1; }
+
 I420View viewOf(const LumoRTCI420Buffer& picture);
 
 /// The part of `picture` inside `rect`, without a copy. The chroma planes have half the resolution, so

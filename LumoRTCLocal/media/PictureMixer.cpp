@@ -7,8 +7,6 @@
 namespace lumo {
 namespace {
 
-std::int32_t even(std::int32_t value) { return value & ~1; }
-
 bool isEmpty(const PixelRect& rect) { return rect.width < 2 || rect.height < 2; }
 
 PixelRect evenRect(const PixelRect& rect) {

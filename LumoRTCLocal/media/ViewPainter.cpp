@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
 #include "LumoRTCLocal/media/FramePool.h"
 #include "LumoRTCLocal/media/Picture.h"
 
@@ -37,8 +38,6 @@ void fillBlack(Bitmap& target) {
   for (std::size_t i = 0; i < target.bgra.size(); i += 4)
     std::copy_n(kOpaqueBlack, 4, target.bgra.data() + i);
 }
-
-bool swapsSides(std::int32_t rotation) { return rotation == 90 || rotation == 270; }
 
 /// The rectangle of the picture before its rotation. A centred rectangle only swaps its sides.
 PixelRect beforeRotation(const PixelRect& rect, std::int32_t rotation) {

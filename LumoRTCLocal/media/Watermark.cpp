@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
+
 namespace lumo {
 namespace {
 
@@ -48,7 +50,6 @@ std::int32_t visiblePart(std::int32_t side, std::int32_t inside, std::int64_t le
 /// Where a rectangle of the upright picture is in the captured one.
 /// @param width,height  of the captured picture
 PixelRect captured(const PixelRect& upright, std::int32_t width, std::int32_t height, std::int32_t rotation) {
-  const auto even = [](std::int32_t value) { return value & ~1; };
   const auto& [x, y, w, h] = upright;
   switch (rotation) {
     case 90:
@@ -114,7 +115,7 @@ std::shared_ptr<const LumoRTCI420Buffer> Watermark::draw(std::shared_ptr<const L
 }
 
 void Watermark::fit(Overlay& overlay, bool mirrored) const {
-  const bool isTurned = overlay.rotation == 90 || overlay.rotation == 270;
+  const bool isTurned = swapsSides(overlay.rotation);
   const std::int32_t width = isTurned ? overlay.pictureHeight : overlay.pictureWidth;
   const std::int32_t height = isTurned ? overlay.pictureWidth : overlay.pictureHeight;
   PixelRect part;

@@ -3,22 +3,17 @@
 #include <algorithm>
 #include <utility>
 
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LumoRTCPixels.h"
 #include "LumoRTCLocal/media/Picture.h"
 #include "LumoRTCLocal/media/VideoPresets.h"
 
 namespace lumo {
 namespace {
 
-constexpr std::int64_t kSecond = Microseconds(std::chrono::seconds(1)).count();
-
-Microseconds gridTime(Microseconds start, std::int64_t picture, std::int32_t framesPerSecond) {
-  return start + Microseconds((picture * kSecond + framesPerSecond - 1) / framesPerSecond);
-}
-
 /// `picture`, mirrored left to right as it looks when it stands upright.
 std::shared_ptr<const LumoRTCI420Buffer> mirroredUpright(const LumoRTCI420Buffer& picture,
                                                          std::int32_t rotation, FramePool& pool) {
-  return rotation == 90 || rotation == 270 ? flipped(picture, pool) : mirrored(picture, pool);
+  return swapsSides(rotation) ? flipped(picture, pool) : mirrored(picture, pool);
 }
 
 }  // namespace
@@ -139,10 +134,9 @@ bool CameraPipeline::isSending(const Settings& settings) const {
 void CameraPipeline::startLocked() {
   running_ = true;
   ++run_;
-  runStart_ = timeline_->now();
-  nextPicture_ = 0;
+  grid_ = FrameGrid(timeline_->now());
   if (!runner_) runner_ = timeline_->makeRunner(name_);
-  schedule(run_, runStart_);
+  schedule(run_, grid_.start());
 }
 
 void CameraPipeline::schedule(std::uint64_t run, Microseconds time) {
@@ -190,11 +184,7 @@ bool CameraPipeline::beginStep(std::uint64_t run, Step& step) {
 void CameraPipeline::endStep(std::uint64_t run) {
   const std::lock_guard lock(mutex_);
   if (run != run_ || !running_) return;
-  const std::int64_t elapsed = (timeline_->now() - runStart_).count();
-  const std::int64_t past =
-      elapsed * settings_.format.framesPerSecond / kSecond;  // a slow source skips pictures
-  nextPicture_ = std::max(nextPicture_ + 1, past);
-  schedule(run, gridTime(runStart_, nextPicture_, settings_.format.framesPerSecond));
+  schedule(run, grid_.next(timeline_->now(), settings_.format.framesPerSecond));
 }
 
 void CameraPipeline::send(const Step& step, const std::shared_ptr<const LumoRTCI420Buffer>& picture,
@@ -214,7 +204,7 @@ void CameraPipeline::send(const Step& step, const std::shared_ptr<const LumoRTCI
 }
 
 bool CameraPipeline::isTinyDue(const VideoFormat& tiny, Microseconds time) {
-  const std::int64_t number = time.count() * tiny.framesPerSecond / kSecond;
+  const std::int64_t number = FrameGrid::pictureAt(time, tiny.framesPerSecond);
   return std::exchange(lastTiny_, number) != number;
 }
 

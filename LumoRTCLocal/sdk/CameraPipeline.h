@@ -8,6 +8,7 @@
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCVideoRenderer.h"
 #include "LumoRTCLocal/media/FrameDelivery.h"
+#include "LumoRTCLocal/media/FrameGrid.h"
 #include "LumoRTCLocal/media/FramePool.h"
 #include "LumoRTCLocal/media/FrameWrapper.h"
 #include "LumoRTCLocal/media/Timeline.h"
@@ -110,9 +111,8 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
   mutable std::mutex mutex_;  ///< guards what follows, up to the capture's own fields
   Settings settings_;
   bool running_ = false;
-  std::uint64_t run_ = 0;         ///< counts the starts; a capture that belongs to an earlier one ends
-  Microseconds runStart_{0};      ///< the captures of a run lie on a grid that begins here
-  std::int64_t nextPicture_ = 0;  ///< on the grid
+  std::uint64_t run_ = 0;  ///< counts the starts; a capture that belongs to an earlier one ends
+  FrameGrid grid_;         ///< of the present run
   std::shared_ptr<FrameDelivery> delivery_;
 
   // Used by the capture alone.

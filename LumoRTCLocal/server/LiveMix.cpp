@@ -9,13 +9,8 @@
 namespace lumo {
 namespace {
 
-constexpr std::int64_t kSecond = Microseconds(std::chrono::seconds(1)).count();
 constexpr char kLiveTag[] = "live";
 constexpr char kCdnTag[] = "cdn";
-
-Microseconds gridTime(Microseconds start, std::int64_t picture, std::int32_t framesPerSecond) {
-  return start + Microseconds((picture * kSecond + framesPerSecond - 1) / framesPerSecond);
-}
 
 }  // namespace
 
@@ -158,9 +153,8 @@ void LiveMix::startLocked(std::size_t size) {
   Output& output = outputs_[size];
   output.running = true;
   ++output.run;
-  output.runStart = timeline_->now();
-  output.nextPicture = 0;
-  schedule(size, output.run, output.runStart);
+  output.grid = FrameGrid(timeline_->now());
+  schedule(size, output.run, output.grid.start());
 }
 
 void LiveMix::schedule(std::size_t size, std::uint64_t run, Microseconds time) {
@@ -187,9 +181,7 @@ void LiveMix::tick(std::size_t size, std::uint64_t run) {
   const std::lock_guard lock(mutex_);
   if (run != output.run || !output.running) return;
   const std::int32_t frameRate = formatOf(size, *settings).framesPerSecond;
-  const std::int64_t past = (timeline_->now() - output.runStart).count() * frameRate / kSecond;
-  output.nextPicture = std::max(output.nextPicture + 1, past);  // a slow mix skips pictures
-  schedule(size, run, gridTime(output.runStart, output.nextPicture, frameRate));
+  schedule(size, run, output.grid.next(timeline_->now(), frameRate));
 }
 
 std::shared_ptr<const LumoRTCI420Buffer> LiveMix::compose(std::size_t size, const MixSettings& settings) {

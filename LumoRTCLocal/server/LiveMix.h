@@ -12,6 +12,7 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCMixConfig.h"
 #include "LumoRTCLibWrapper/util/LMIWCell.h"
 #include "LumoRTCLocal/media/AudioBlock.h"
+#include "LumoRTCLocal/media/FrameGrid.h"
 #include "LumoRTCLocal/media/FrameWrapper.h"
 #include "LumoRTCLocal/media/PictureMixer.h"
 #include "LumoRTCLocal/media/Timeline.h"
@@ -97,8 +98,7 @@ class LiveMix : public AudioTickListener, public std::enable_shared_from_this<Li
   struct Output {
     bool running = false;
     std::uint64_t run = 0;  ///< counts the starts; a picture that belongs to an earlier one is not made
-    Microseconds runStart{0};
-    std::int64_t nextPicture = 0;
+    FrameGrid grid;
     PictureMixer mixer;
   };
 

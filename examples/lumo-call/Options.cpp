@@ -1,7 +1,6 @@
 #include "examples/lumo-call/Options.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <map>
@@ -10,18 +9,15 @@
 
 #include "examples/lumo-call/StatsPlot.h"
 #include "examples/support/CommandLine.h"
+#include "examples/support/Names.h"
 
 namespace {
 
-constexpr std::size_t kMostParticipants = 16;
 constexpr double kMostSeconds = 24 * 60 * 60;
 constexpr std::int64_t kLongestEcho = 60;
 constexpr double kPercent = 100;
 constexpr std::int64_t kLongestDelayMs = 60'000;
 constexpr std::int64_t kMostKilobits = 10'000'000;
-constexpr std::array<const char*, kMostParticipants> kNames = {
-    "Anna", "Ben",   "Carla", "David", "Emma", "Finn", "Greta", "Hugo",
-    "Ida",  "Jonas", "Klara", "Leo",   "Mia",  "Noah", "Olga",  "Paul"};
 
 const std::map<std::string, SurfaceKind> kSurfaces = {
     {"native", SurfaceKind::native}, {"flutter", SurfaceKind::flutter}, {"unity", SurfaceKind::unity}};
@@ -80,7 +76,7 @@ std::variant<CallOptions, ExitCode> parseOptions(int argc, const char* const* ar
   app.add_option("--participants", participants,
                  "How many others take part (default: 2, or one for each name)")
       ->type_name("N")
-      ->check(CLI::Range(std::size_t{0}, kMostParticipants));
+      ->check(CLI::Range(std::size_t{0}, kNames.size()));
   app.add_option("--names", options.names, "Their names")
       ->type_name("A,B,...")
       ->delimiter(',')

@@ -1,7 +1,6 @@
 #include "examples/lumo-call/StatsPlot.h"
 
 #include <cairo-svg.h>
-#include <cairo.h>
 
 #include <algorithm>
 #include <array>
@@ -9,14 +8,12 @@
 #include <cstddef>
 #include <cstdio>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <string_view>
 
-namespace {
+#include "examples/support/Cairo.h"
 
-using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
-using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+namespace {
 
 /// One chart.
 struct Chart {

@@ -1,6 +1,5 @@
 #include "examples/lumo-live/Broadcast.h"
 
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -14,12 +13,10 @@
 #include "LumoRTCLibWrapper/views/LMRTCIWView.h"
 #include "LumoRTCLocal/sdk/LocalVideoView.h"
 #include "examples/support/ContactSheet.h"
+#include "examples/support/Names.h"
 
 namespace {
 
-constexpr std::array<const char*, 16> kNames = {"Anna",  "Ben",  "Carla", "David", "Emma",  "Finn",
-                                                "Greta", "Hugo", "Ida",   "Jonas", "Klara", "Leo",
-                                                "Mia",   "Noah", "Olga",  "Paul"};
 constexpr char kLinkedHost[] = "Rosa";
 constexpr std::int64_t kMedia = LMRTCIWMediaTypeAudioVideo;
 constexpr std::int64_t kGrid = 3;  // layout modes and the render mode, as the host numbers them

@@ -6,10 +6,10 @@
 
 #include "LumoRTCLocal/media/StreamWriter.h"
 #include "examples/support/CommandLine.h"
+#include "examples/support/Names.h"
 
 namespace {
 
-constexpr std::size_t kMostBroadcasters = 16;
 constexpr double kMostSeconds = 60 * 60;
 
 std::string checkAddress(const std::string& text) {
@@ -39,7 +39,7 @@ std::variant<LiveOptions, ExitCode> parseOptions(int argc, const char* const* ar
   app.add_option("--broadcasters", options.broadcasters,
                  "How many scripted broadcasters there are (default: 3)")
       ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, kMostBroadcasters));
+      ->check(CLI::Range(std::size_t{1}, kNames.size()));
   app.add_option("--seconds", options.seconds, "How long each step lasts (default: 1)")
       ->type_name("N")
       ->check(secondsUpTo(kMostSeconds, "an hour"));

@@ -1,14 +1,10 @@
 #include "examples/support/ContactSheet.h"
 
-#include <cairo.h>
-
 #include <algorithm>
-#include <memory>
+
+#include "examples/support/Cairo.h"
 
 namespace {
-
-using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
-using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
 
 constexpr int kMargin = 16;
 constexpr int kLabelHeight = 32;

@@ -1,15 +1,12 @@
 #include "examples/support/PngImage.h"
 
-#include <cairo.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
-namespace {
+#include "examples/support/Cairo.h"
 
-using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
-using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+namespace {
 
 /// The pixels of whatever format the file has, premultiplied.
 Surface asArgb(cairo_surface_t* picture) {

@@ -21,3 +21,10 @@ void LumoRTCI420Rotate(const std::uint8_t* srcY, std::int32_t srcStrideY, const 
 void LumoRTCI420ToARGB(const std::uint8_t* srcY, std::int32_t srcStrideY, const std::uint8_t* srcU,
                        std::int32_t srcStrideU, const std::uint8_t* srcV, std::int32_t srcStrideV,
                        std::uint8_t* dst, std::int32_t dstStride, std::int32_t width, std::int32_t height);
+
+namespace lumo {
+
+/// Whether a picture turned by that many degrees exchanges width and height.
+constexpr bool swapsSides(std::int32_t rotation) { return rotation == 90 || rotation == 270; }
+
+}  // namespace lumo
