@@ -68,8 +68,6 @@ class Worker : public Random {
   Worker(World& world, std::uint64_t seed, int index)
       : Random(seed * 64 + static_cast<std::uint64_t>(index)), world_(world), seed_(seed), index_(index) {}
 
-  std::uint64_t steps() const { return step_; }
-
   void run(double seconds) {
     ofThread = this;
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
@@ -79,6 +77,7 @@ class Worker : public Random {
         compare(*life, *engine);
     }
     kept_ = {};
+    world_.steps += step_;
   }
 
   /// Lets everything end that is under way and destroys the engines; nothing else may run any more.
@@ -173,13 +172,11 @@ class Worker : public Random {
     note() = "create";
     const auto engine = LMRTCIWEngine::create(chance(4) ? nullptr : std::make_shared<LMRTCIWEngineSetup>());
     {
-      World::Lives gone;
       const std::lock_guard lock(world_.mutex);
       auto& lives = world_.lives;
       if (lives.empty() || lives.back().second != engine) {
         require(lives.empty() || lives.back().first->destroyed, "create made another engine");
-        if (lives.size() == 3) gone.assign(1, lives.front());
-        lives.erase(lives.begin(), lives.begin() + std::ssize(gone));
+        if (lives.size() == 3) lives.erase(lives.begin());
         lives.emplace_back(std::make_shared<Life>(), engine);
         std::erase_if(world_.engines, [](const auto& weak) { return weak.expired(); });
         world_.engines.push_back(engine);
@@ -196,12 +193,7 @@ class Worker : public Random {
     note() = "destroy";
     life->destroyed = true;
     ++life->changes;
-    if (world_.follow) {
-      Model after;
-      after.destroyed = true;
-      after.observers.swap(life->model.observers);
-      life->model = after;
-    }
+    if (world_.follow) life->model = Model{.destroyed = true, .observers = life->model.observers};
     engine->destroy();
     if (callbacksOfThread_ == 0) life->ended = true;
     destroyedOnThread_ = life;
@@ -382,9 +374,7 @@ void run(std::uint64_t seed, double seconds, int threads) {
   for (const auto& engine : world->engines)
     workers.front().require(engine.expired(), "an engine is still alive");
   workers.front().require(fake::Counted::alive() == 0, "objects are still alive");
-  std::uint64_t steps = 0;
-  for (const auto& worker : workers) steps += worker.steps();
-  std::cout << steps << " steps" << std::endl;
+  std::cout << world->steps << " steps" << std::endl;
 }
 
 }  // namespace lumo::stress

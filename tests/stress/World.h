@@ -39,11 +39,11 @@ class Random {
 struct Model {
   bool destroyed = false, setup = false, live = false, file = false;
   Int role = 0;
-  std::weak_ptr<fake::Room> room;
-  std::map<std::string, std::shared_ptr<LMRTCOtherRoom>> subs;
-  std::map<Int, std::string> effects;
-  std::map<std::string, const void*> strong;
-  std::map<std::string, std::weak_ptr<const void>> views, observers;  ///< held weakly
+  std::weak_ptr<fake::Room> room = {};
+  std::map<std::string, std::shared_ptr<LMRTCOtherRoom>> subs = {};
+  std::map<Int, std::string> effects = {};
+  std::map<std::string, const void*> strong = {};
+  std::map<std::string, std::weak_ptr<const void>> views = {}, observers = {};  ///< held weakly
 
   bool joined() const { return room.lock() && room.lock()->me; }
   Int roleHeld() const { return setup ? role : 0; }
@@ -141,6 +141,7 @@ struct World : fake::Context {
   std::shared_ptr<fake::Provider> sdk;  ///< set once, before the threads start
   /// Creations, or destructions as a negative number, that run: the one excludes the other.
   std::atomic<int> changing = 0;
+  std::atomic<std::uint64_t> steps = 0;
   std::vector<std::weak_ptr<LMRTCIWEngine>> engines;  ///< like all that follows, guarded by `mutex`
   Lives lives;                                        ///< the last one is the current one
   std::shared_ptr<LMRTCIWEngineDelegate> listener;    ///< the current one's
