@@ -1,11 +1,5 @@
 #include "tests/support/MediaFixtures.h"
 
-#include <gtest/gtest.h>
-
-extern "C" {
-#include <libavutil/display.h>
-}
-
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -53,12 +47,9 @@ class OutputFile : ffmpeg::PacketSink {
 
   AVCodecID soundCodec() const { return format_->oformat->audio_codec; }
 
-  void addPictures(std::int32_t rotation) {
+  void addPictures() {
     require(pictures_.open(kClipFormat, true));
-    AVStream& stream = addStream(*pictures_.codec());
-    stream.avg_frame_rate = {kClipFormat.framesPerSecond, 1};
-    auto* matrix = av_stream_new_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t));
-    av_display_rotation_set(reinterpret_cast<std::int32_t*>(matrix), -rotation);
+    addStream(*pictures_.codec())->avg_frame_rate = {kClipFormat.framesPerSecond, 1};
   }
   void addSound(AVCodecID codec) {
     const bool isLossy = codec == AV_CODEC_ID_MP3 || codec == AV_CODEC_ID_AAC;
@@ -82,10 +73,10 @@ class OutputFile : ffmpeg::PacketSink {
   }
 
  private:
-  AVStream& addStream(const AVCodecContext& encoder) {
+  AVStream* addStream(const AVCodecContext& encoder) {
     AVStream* const stream = avformat_new_stream(format_, nullptr);
     require(avcodec_parameters_from_context(stream->codecpar, &encoder));
-    return *stream;
+    return stream;
   }
   int take(const AVCodecContext& encoder, AVPacket& packet) override {
     packet.stream_index = encoder.codec_type == AVMEDIA_TYPE_VIDEO || !pictures_.codec() ? 0 : 1;
@@ -126,12 +117,6 @@ class OutputFile : ffmpeg::PacketSink {
 
 }  // namespace
 
-TempFolder::TempFolder() {
-  std::string name = testing::TempDir() + "lumo-media-XXXXXX";
-  if (!mkdtemp(name.data())) throw std::runtime_error("cannot make a folder in " + testing::TempDir());
-  folder_ = name;
-}
-
 std::string TempFolder::write(const std::string& name, const std::string& contents) const {
   std::ofstream(path(name), std::ios::binary) << contents;
   return path(name);
@@ -146,7 +131,7 @@ YuvColor clipColor(std::int32_t picture) { return {static_cast<std::uint8_t>(40 
 
 std::string writeClip(const TempFolder& folder, const std::string& name, const Clip& clip) {
   OutputFile file(folder.path(name));
-  if (clip.pictures > 0) file.addPictures(clip.rotation);
+  if (clip.pictures > 0) file.addPictures();
   if (clip.toneHz > 0) file.addSound(AV_CODEC_ID_PCM_S16LE);
   file.write(clip.pictures, samplesOf({{clip.toneHz, clip.toneHz > 0 ? clip.toneSeconds : 0}}, 0.5));
   return folder.path(name);
@@ -174,13 +159,11 @@ YuvColor colorAt(const LumoRTCI420Buffer& picture, std::int32_t x, std::int32_t 
 }
 
 double toneLevel(std::span<const std::int16_t> samples, double frequencyHz) {
-  const double step = 2 * std::numbers::pi * frequencyHz / AudioBlock::kSampleRate;
-  const std::size_t count = samples.size() / AudioBlock::kChannels;
+  const double step = std::numbers::pi * frequencyHz / AudioBlock::kSampleRate;  // there are two channels
   std::complex<double> sum;
-  for (std::size_t i = 0; i < count; ++i)
-    sum += std::polar<double>(1, step * static_cast<double>(i)) *
-           static_cast<double>(samples[i * AudioBlock::kChannels]);
-  return 2 * std::abs(sum) / static_cast<double>(count) / 32768;
+  for (std::size_t i = 0; i < samples.size(); i += AudioBlock::kChannels)
+    sum += 1.0 * samples[i] * std::polar(1.0, step * static_cast<double>(i));
+  return 4 * std::abs(sum) / static_cast<double>(samples.size()) / 32768;
 }
 
 }  // namespace lumo::test

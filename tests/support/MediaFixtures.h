@@ -1,6 +1,9 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <span>
@@ -14,7 +17,7 @@ namespace lumo::test {
 /// A folder of its own for the files of one test, removed at the end.
 class TempFolder {
  public:
-  TempFolder();
+  TempFolder() : folder_(mkdtemp((testing::TempDir() + "lumo-media-XXXXXX").data())) {}
   TempFolder(const TempFolder&) = delete;
   ~TempFolder() { std::filesystem::remove_all(folder_); }
 
@@ -31,7 +34,6 @@ std::string readFile(const std::string& path);
 /// A media file to make, with H.264 pictures and uncompressed sound.
 struct Clip {
   std::int32_t pictures = 10;  ///< ten a second, each 64 x 48 in the `clipColor` of its number; 0: none
-  std::int32_t rotation = 0;   ///< degrees clockwise that a player has to turn the pictures; in .mov files
   double toneHz = 0;           ///< 0: no sound stream
   double toneSeconds = 1;      ///< at half of full scale
 };

@@ -10,8 +10,7 @@ using namespace std::chrono_literals;
 
 TEST(CameraInputTest, ShowsTheFileAtItsOwnSpeedAndRepeatsIt) {
   const test::TempFolder folder;
-  const auto camera =
-      openCamera(writeClip(folder, "clip.mkv", {})).source;  // 64 x 48, ten pictures in a second
+  const auto camera = openCamera(writeClip(folder, "clip.mkv", {})).source;  // ten pictures in a second
   ASSERT_TRUE(camera);
   constexpr VideoFormat kFormat{64, 96, 15};
   const auto expectPicture = [&](Microseconds time, int number) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "LumoRTCLocal/media/ViewPainter.h"
 #include "tests/support/MediaFixtures.h"
 
@@ -27,13 +29,7 @@ std::string look(const Bitmap& bitmap) {
 }
 
 TEST(ViewPainterTest, FillsTurnsAndMirrors) {
-  struct Case {
-    int width, height, rotation;
-    std::int64_t fillMode;
-    bool mirror;
-    const char* look;
-  };
-  const Case cases[] = {
+  const std::tuple<int, int, int, int, bool, const char*> cases[] = {
       {80, 80, 0, 0, false, "1234/1234/5678/5678/"},   {80, 80, 0, 1, false, "2233/2233/6677/6677/"},
       {80, 80, 0, 2, false, "0000/1234/5678/0000/"},   {120, 40, 0, 2, false, "0230/0230/0670/0670/"},
       {80, 80, 180, 0, false, "8765/8765/4321/4321/"}, {80, 80, 90, 2, false, "0510/0620/0730/0840/"},

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -19,75 +20,71 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCRoomEventDelegate.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
+#include "LumoRTCLocal/sdk/LocalVideoView.h"
 #include "LumoRTCLocal/server/LocalCodes.h"
 
 using namespace std::chrono_literals;
 using Trace = std::vector<std::string>;
 using ParticipantPtr = std::shared_ptr<LumoRTCLocal::Participant>;
 
-/// Writes every event as one line, with what the room's mirror says at that moment.
+using LocalUser = LMRTCLocalUser;
+using Inputs = LocalUser::InputStreams;
+using Outputs = LocalUser::OutputStreams;
+
+/// Writes every event as one line: whose it is, of which streams, and how many streams of that user the
+/// room's mirror has at that moment.
 class EventRecorder : public LMRTCRoomEventDelegate, public LMRTCEngineEventDelegate {
  public:
   using User = std::shared_ptr<LMRTCRemoteUser>;
   using Stream = std::shared_ptr<LMRTCInputStream>;
-
-  explicit EventRecorder(Trace& trace) : trace_(trace) {}
+  using Text = const std::string&;
 
   std::weak_ptr<LMRTCRoom> room;
+  Trace trace;
   std::function<void()> onEvent;  ///< after each line
 
-  void didJoinUser(const User& user) override { line("joined", user); }
-  void didLeaveUser(const User& user) override { line("left", user); }
-  void didOfflineUser(const User& user) override { line("offline", user); }
-  void didReportFirstFrame(const Stream& stream, std::int64_t) override { line("first", {stream}); }
+  void didJoinUser(const User& user) override { line("joined", *user->userId()); }
+  void didLeaveUser(const User& user) override { line("left", *user->userId()); }
+  void didOfflineUser(const User& user) override { line("offline", *user->userId()); }
+  void didReportFirstFrame(const Stream&, std::int64_t) override {}
   void didPublishStreams(const Streams& streams) override { line("published", streams); }
   void didUnpublishStreams(const Streams& streams) override { line("unpublished", streams); }
   void didPublishLiveStreams(const Streams& streams) override { line("live", streams); }
   void didUnpublishLiveStreams(const Streams& streams) override { line("live ended", streams); }
   void didPublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override { line("cdn"); }
   void didUnpublishCDNStream(const std::shared_ptr<LMRTCCDNInputStream>&) override { line("cdn ended"); }
-  void didAudioMute(const Stream& stream, bool muted) override {
-    line(muted ? "muted" : "unmuted", {stream});
-  }
+  void didAudioMute(const Stream& stream, bool on) override { line(on ? "muted" : "unmuted", {stream}); }
   void didVideoEnable(const Stream& stream, bool on) override { line(on ? "enabled" : "disabled", {stream}); }
   void didSwitchRoleWithUser(const User& user, std::int64_t role) override {
-    line("role " + std::to_string(role), user);
+    line("role " + std::to_string(role), *user->userId());
   }
-  void didKicked(const std::string& roomId, std::int64_t reason) override {
-    const bool isIn = room.lock() && room.lock()->localUser();
-    line("kicked " + roomId + " " + std::to_string(reason) + (isIn ? " in" : " out"));
+  void didKicked(Text roomId, std::int64_t reason) override {
+    line("kicked " + roomId + " " + std::to_string(reason) + (room.lock()->localUser() ? " in" : " out"));
   }
-  void didReceiveMessage(const std::string&) override {}
-  void didReceiveSEI(const std::string&, const std::string&) override {}
-  void didReceiveLiveStreamSEI(const std::string&) override {}
-  void didRequestJoinOtherRoom(const std::string&, const std::string&, const std::string&) override {}
-  void didCancelRequestOtherRoom(const std::string&, const std::string&, const std::string&) override {}
-  void didResponseJoinOtherRoom(const std::string&, const std::string&, const std::string&,
-                                const std::string&, bool, const std::string&) override {}
-  void didFinishOtherRoom(const std::string&, const std::string&) override {}
+  void didReceiveMessage(Text) override {}
+  void didReceiveSEI(Text, Text) override {}
+  void didReceiveLiveStreamSEI(Text) override {}
+  void didRequestJoinOtherRoom(Text, Text, Text) override {}
+  void didCancelRequestOtherRoom(Text, Text, Text) override {}
+  void didResponseJoinOtherRoom(Text, Text, Text, Text, bool, Text) override {}
+  void didFinishOtherRoom(Text, Text) override {}
 
  private:
-  void line(const std::string& text) {
-    trace_.push_back(text);
+  void line(Text text) {
+    trace.push_back(text);
     if (onEvent) onEvent();
   }
-  void line(const std::string& text, const User& user) {
-    const auto joined = room.lock();
-    const bool mirrored = joined && joined->getRemoteUser(*user->userId()) == user;
-    line(text + " " + *user->userId() + (mirrored ? " (in the room)" : ""));
+  void line(Text text, Text userId) {
+    const auto user = room.lock()->getRemoteUser(userId);
+    line(text + " " + userId + (user ? " of " + std::to_string(user->remoteStreams().size()) : ""));
   }
-  void line(const std::string& text, const Streams& streams) {
-    std::string all = text;
+  void line(std::string text, const Streams& streams) {
     for (const Stream& stream : streams) {
-      all += " " + stream->streamId() + (stream->mediaType() == LMRTCMediaTypeAudio ? ":a" : ":v");
-      if (stream->resourceState() != LMRTCResourceStateNormal) all += "-off";
+      text += stream->mediaType() == LMRTCMediaTypeAudio ? " audio" : " video";
+      if (stream->resourceState() != LMRTCResourceStateNormal) text += "-off";
     }
-    const auto joined = room.lock();
-    const auto user = joined ? joined->getRemoteUser(streams.front()->userId()) : nullptr;
-    line(all + " of " + std::to_string(user ? user->remoteStreams().size() : 0));
+    line(text, streams.front()->userId());
   }
-
-  Trace& trace_;
 };
 
 /// LumoRTCLocal at manual pace with an initialised engine; nothing of it may outlive the test.
@@ -99,7 +96,6 @@ class LocalSdkTest : public ::testing::Test {
   }
 
   ~LocalSdkTest() override {
-    recorder->onEvent = nullptr;
     const std::weak_ptr<LMRTCEngine> weakEngine = engine;
     const std::weak_ptr<LMRTCRoom> weakRoom = room;
     local->setSpeaker({});
@@ -143,18 +139,25 @@ class LocalSdkTest : public ::testing::Test {
   std::int64_t leave() {
     return answerOf([&](auto done) { engine->leaveRoom(done); });
   }
-  std::int64_t publish(const LMRTCLocalUser::OutputStreams& streams) {
-    return answerOf([&](auto done) { user()->publishStreams(streams, plain(done)); });
+  /// The answer to an operation whose completion tells of success and code.
+  template <class Operation, class... Arguments>
+  std::int64_t ask(Operation operation, const Arguments&... arguments) {
+    return answerOf([&](auto done) {
+      std::invoke(operation, arguments..., [done](bool success, std::int64_t code, const auto&...) {
+        EXPECT_EQ(code == 0, success);
+        done(code);
+      });
+    });
   }
-  std::int64_t unpublish(const LMRTCLocalUser::OutputStreams& streams) {
-    return answerOf([&](auto done) { user()->unpublishStreams(streams, plain(done)); });
+  std::int64_t publish(const Outputs& streams) { return ask(&LocalUser::publishStreams, user(), streams); }
+  std::int64_t unpublish(const Outputs& streams) {
+    return ask(&LocalUser::unpublishStreams, user(), streams);
   }
-  std::int64_t subscribe(const LMRTCLocalUser::InputStreams& streams,
-                         const LMRTCLocalUser::InputStreams& tiny = {}) {
-    return answerOf([&](auto done) { user()->subscribeStream(streams, tiny, plain(done)); });
+  std::int64_t subscribe(const Inputs& streams, const Inputs& tiny = {}) {
+    return ask(&LocalUser::subscribeStream, user(), streams, tiny);
   }
-  std::int64_t unsubscribe(const LMRTCLocalUser::InputStreams& streams) {
-    return answerOf([&](auto done) { user()->unsubscribeStreams(streams, plain(done)); });
+  std::int64_t unsubscribe(const Inputs& streams) {
+    return ask(&LocalUser::unsubscribeStreams, user(), streams);
   }
 
   std::shared_ptr<LMRTCLocalUser> user() const { return room->localUser(); }
@@ -166,34 +169,26 @@ class LocalSdkTest : public ::testing::Test {
     EXPECT_EQ(0, result.code) << result.message;
     return result.participant;
   }
-  ParticipantPtr addPublishing(const std::string& userId,
-                               LumoRTCLocal::Media media = LumoRTCLocal::Media::audioAndVideo) {
-    const auto participant = add(userId);
-    EXPECT_EQ(0, participant->publish(kLMRTCDefaultStreamTag, media));
+  ParticipantPtr addPublishing(const std::string& userId, LumoRTCLocal::ParticipantOptions options = {}) {
+    const auto participant = add(userId, options);
+    EXPECT_EQ(0, participant->publish(kLMRTCDefaultStreamTag, LumoRTCLocal::Media::audioAndVideo));
     return participant;
   }
   /// The n-th stream of a user, in the order of publication.
   std::shared_ptr<LMRTCInputStream> stream(const std::string& userId, std::size_t n = 0) const {
     return room->getRemoteUser(userId)->remoteStreams().at(n);
   }
-  std::shared_ptr<LMRTCVideoInputStream> video(const std::string& userId, std::size_t n = 0) const {
-    return std::dynamic_pointer_cast<LMRTCVideoInputStream>(stream(userId, n));
+  static void show(const std::shared_ptr<LMRTCInputStream>& stream,
+                   const std::shared_ptr<LMRTCVideoView>& in) {
+    std::dynamic_pointer_cast<LMRTCVideoInputStream>(stream)->setVideoView(in);
   }
 
-  Trace takeTrace() { return std::exchange(trace, {}); }
+  Trace takeTrace() { return std::exchange(recorder->trace, {}); }
 
-  /// For completions that tell of success and code, and what has come of it.
-  template <class Done>
-  static auto plain(Done done) {
-    return [done](bool success, std::int64_t code, const auto&...) {
-      EXPECT_EQ(code == 0, success);
-      done(code);
-    };
-  }
-
-  Trace trace;
   std::shared_ptr<LumoRTCLocal> local = LumoRTCLocal::install({LumoRTCLocal::Pace::manual, "me"});
   std::shared_ptr<LMRTCEngine> engine = LMRTCEngine::sharedInstance();
   std::shared_ptr<LMRTCRoom> room;
-  std::shared_ptr<EventRecorder> recorder = std::make_shared<EventRecorder>(trace);
+  std::shared_ptr<lumo::LocalVideoView> view = std::make_shared<lumo::LocalVideoView>();
+  std::shared_ptr<lumo::LocalVideoView> preview = std::make_shared<lumo::LocalVideoView>();
+  std::shared_ptr<EventRecorder> recorder = std::make_shared<EventRecorder>();
 };

@@ -52,8 +52,8 @@ TEST(RealTimeTest, ACallGoesOnWhileOthersComeAndGoAndARendererIsStuck) {
     done.add();
   });
   ASSERT_TRUE(done.reaches(1) && room && stuck->frames.reaches(1));
-  Trace trace;
-  const auto recorder = std::make_shared<EventRecorder>(trace);
+  const auto recorder = std::make_shared<EventRecorder>();
+  recorder->room = room;
   room->setDelegate(recorder);
 
   std::thread others([&] {
