@@ -14,7 +14,7 @@ LocalCdnInput::LocalCdnInput(std::shared_ptr<const LocalContext> context, MediaS
       context_(std::move(context)),
       member_(std::move(member)),
       sound_(context_->speaker),
-      delivery_(*context_->timeline, "render cdn") {}
+      delivery_(*context_->timeline, "render cdn", context_->renderGate) {}
 
 std::shared_ptr<LMRTCInputStream> LocalCdnInput::input() { return {shared_from_this(), this}; }
 

@@ -175,6 +175,23 @@ TEST_F(LiveTest, TheMixedStreamsAndTheInnerCdnComeAndGoWithTheBroadcast) {
   EXPECT_EQ(LocalCodeStreamGone, subscribe({cdn}));
 }
 
+TEST_F(LiveTest, TheInnerCdnIsNotShownAfterUnInit) {
+  const auto anna = broadcaster("anna", 1);
+  ASSERT_EQ(0, join("r", liveConfig(LMRTCRoleTypeAudience)));
+  EXPECT_EQ(0, anna->enableInnerCdn(true));
+  local->advance(0us);
+  room->getCDNStream()->setVideoView(view);
+  ASSERT_EQ(0, subscribe({room->getCDNStream()}));
+  std::uint64_t before = 0;
+  local->setSpeaker([&](const AudioBlock&, Microseconds time) {
+    if (time != 1s) return;  // when a picture is on its way to the view
+    before = view->frameCount();
+    engine->unInit();
+  });
+  local->advance(2s);
+  EXPECT_EQ(std::pair(std::uint64_t{15}, before), std::pair(before, view->frameCount()));
+}
+
 TEST_F(LiveTest, TheMixIsPushedToAFile) {
   const test::TempFolder folder;
   const auto anna = broadcaster("anna", 1);
