@@ -17,10 +17,14 @@ constexpr Microseconds kSettling{100000};
 
 void NetworkLink::setModel(const NetworkModel& model) {
   const std::lock_guard lock(mutex_);
+  const NetworkModel former = model_;
   model_.delay = std::clamp(model.delay, Microseconds(0), kLongestDelay);
   model_.jitter = std::clamp(model.jitter, Microseconds(0), kLongestDelay);
   model_.loss = std::clamp(model.loss, 0.0, 1.0);
   model_.bandwidth = std::max<std::int64_t>(model.bandwidth, 0);
+  if (model_ == former) return;
+  busyUntil_ = Microseconds(0);
+  lastArrival_ = lastOrdered_;
   if (model_ != NetworkModel()) direct_.store(false, std::memory_order_relaxed);
 }
 
@@ -45,12 +49,14 @@ std::optional<Microseconds> NetworkLink::carry(std::size_t bytes, Microseconds n
     ++count_.lost;
     return std::nullopt;
   }
-  busyUntil_ = std::max(busyUntil_, now);
+  Microseconds leaving{0};
   if (model_.bandwidth > 0)
-    busyUntil_ += Microseconds(static_cast<std::int64_t>(bytes) * kBitsPerByte * kSecond / model_.bandwidth);
+    leaving = Microseconds(static_cast<std::int64_t>(bytes) * kBitsPerByte * kSecond / model_.bandwidth);
+  busyUntil_ = std::max(busyUntil_, now) + leaving;
   const Microseconds late(
       static_cast<std::int64_t>(nextChance() * static_cast<double>(model_.jitter.count())));
   lastArrival_ = std::max(lastArrival_, busyUntil_ + model_.delay + late);
+  if (leaving <= kLongestWait) lastOrdered_ = lastArrival_;
   if (lastArrival_ > now) lateUntil_ = lastArrival_;
   count_.transit += lastArrival_ - now;
   return lastArrival_;
@@ -62,7 +68,7 @@ NetworkLink::Count NetworkLink::count() const {
 }
 
 bool NetworkLink::isLost(Microseconds now) {
-  return nextChance() < model_.loss || busyUntil_ > now + kLongestWait;
+  return nextChance() < model_.loss || (model_.bandwidth > 0 && busyUntil_ > now + kLongestWait);
 }
 
 /// The next of a repeatable row of numbers that look random, from 0 to below 1 (splitmix64).

@@ -27,7 +27,8 @@ class NetworkLink {
   /// @param seed  of chance: links of the same seed and model lose the same packets
   explicit NetworkLink(std::uint64_t seed) : chance_(seed) {}
 
-  /// For the packets that enter from now on.
+  /// For the packets that enter from now on. They stay behind those of the former model, but for one that
+  /// needs more than kLongestWait to leave: that one they overtake.
   void setModel(const NetworkModel& model);
   NetworkModel model() const;
   /// The mean transit that the model gives a small packet.
@@ -53,7 +54,8 @@ class NetworkLink {
   std::uint64_t chance_;
   Microseconds busyUntil_{0};  ///< when the last packet has left the bottleneck
   Microseconds lastArrival_{0};
-  Microseconds lateUntil_{0};  ///< the last arrival that came after its packet had entered
+  Microseconds lastOrdered_{0};  ///< of the packets that those of another model must not overtake
+  Microseconds lateUntil_{0};    ///< the last arrival that came after its packet had entered
   Count count_;
 };
 

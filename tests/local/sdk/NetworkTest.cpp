@@ -85,6 +85,16 @@ TEST_F(NetworkTest, LossAndNarrowBandsCostPicturesAndSound) {
   const double carried = static_cast<double>(late.size()) * 480 * 640 * 12 + blocks * 1920 * 8;
   EXPECT_NEAR(1, carried / (10.0 * kHalf), 0.02) << "as much as goes through";
   EXPECT_GE(700, lateness().second) << "a bounded queue";
+
+  anna->setNetwork({}, {});
+  microphone()->setIsMute(true);
+  local->setNetwork({.bandwidth = 100'000}, {});
+  local->advance(1s);  // enough for one picture to enter, which takes half a minute
+  microphone()->setIsMute(false);
+  local->setNetwork({}, {});
+  measure(1s);
+  EXPECT_EQ(std::pair(0L, 0L), lateness());
+  EXPECT_LE(99, blocks) << "a wide band has no queue";
 }
 
 TEST_F(NetworkTest, WhatIsUnderWayIsDroppedWhenNobodyWantsItAnyMore) {
