@@ -186,6 +186,7 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
 
 LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std::string& userId,
                                             const ParticipantOptions& options) {
+  if (!options.video.isValid()) return refusal(lumo::LocalCodeVideoFormat);
   lumo::CameraOpenResult camera;
   if (!options.camera.empty()) {
     camera = lumo::openCamera(options.camera);

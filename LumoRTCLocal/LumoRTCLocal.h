@@ -66,7 +66,7 @@ class LumoRTCLocal {
     Role role = Role::member;
     /// What test picture and tone show; absent: 1, 2, ... in the order of joining.
     std::optional<std::uint32_t> sourceNumber = {};
-    /// What its cameras send.
+    /// What its cameras and files send; LocalCodeVideoFormat for one that is out of range.
     lumo::VideoFormat video = {};
     /// A video file or capture device for its default video stream; empty: the test picture.
     std::string camera = {};

@@ -36,6 +36,7 @@ constexpr CodeText kCodeTexts[] = {
     {LocalCodeCameraFailed, "The camera cannot be opened"},
     {LocalCodeFileFailed, "The file cannot be opened or has no picture"},
     {LocalCodeNotACustomTag, "The tag is not that of a custom stream"},
+    {LocalCodeVideoFormat, "Pictures have sides of 1 to 16384 pixels and come 1 to 240 times per second"},
     {LocalCodeUnknownOperation, "No operation has this name"},
     {LocalCodeUnknownLayoutMode, "The live mix has no such layout mode"},
     {LocalCodeUnknownRenderMode, "The live mix has no such render mode"},

@@ -33,6 +33,7 @@ enum LocalCode : std::int64_t {
   LocalCodeCameraFailed = 1301,           ///< a participant's camera file cannot be opened
   LocalCodeFileFailed = 1303,             ///< a participant's file cannot be opened or has no picture
   LocalCodeNotACustomTag = 1304,          ///< a file needs a tag that is not that of microphone and camera
+  LocalCodeVideoFormat = 1305,            ///< a participant's VideoFormat is out of range
   LocalCodeUnknownOperation = 1302,       ///< failure injection: no operation has that name
   LocalCodeUnknownLayoutMode = 1401,      ///< live mix: no LMRTCMixLayoutMode
   LocalCodeUnknownRenderMode = 1402,      ///< live mix: no LMRTCVideoRenderMode

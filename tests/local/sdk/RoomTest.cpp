@@ -75,6 +75,10 @@ TEST_F(RoomTest, Participants) {
   EXPECT_NE(std::nullopt, local->setCamera("missing.mp4"));
   EXPECT_EQ(LocalCodeNotPublished, anna->sendSei("text"));
   EXPECT_EQ(LocalCodeNotPublished, anna->unpublishVideo());
+  for (const VideoFormat& format :
+       {VideoFormat{0, 640, 15}, {480, -1, 15}, {16385, 640, 15}, {480, 640, 0}, {480, 640, 241}})
+    EXPECT_EQ(LocalCodeVideoFormat, local->join("r", "bob", {.video = format}).code);
+  EXPECT_EQ(0, local->join("other", "bob", {.video = {1, 16384, 240}}).code);
   const auto viewer = local->join("live", "viewer", {.role = LumoRTCLocal::Role::audience}).participant;
   EXPECT_EQ(LocalCodeAudienceMayNotPublish, viewer->publishAudio());
   EXPECT_EQ(0, viewer->switchRole(LumoRTCLocal::Role::broadcaster));
