@@ -94,7 +94,10 @@ std::int64_t ScriptedParticipant::publishFile(const std::string& tag, const std:
   file->pipeline =
       std::make_shared<CameraPipeline>(parts_.timeline, "file " + userId_, nullptr, parts_.video);
   file->pipeline->setActive(true);
-  const auto ended = [weak = weak_from_this(), weakFile = std::weak_ptr(file), sdk = parts_.sdk] {
+  const auto ended = [weak = weak_from_this(), weakFile = std::weak_ptr(file),
+                      weakSdk = std::weak_ptr(parts_.sdk)] {
+    const auto sdk = weakSdk.lock();
+    if (!sdk) return;
     sdk->post([weak, weakFile] {
       const auto self = weak.lock();
       const auto whole = weakFile.lock();

@@ -25,11 +25,14 @@ void LocalCdnInput::setAudioDataCallback(LMRTCAudioDataCallback callback) {
 }
 
 void LocalCdnInput::setVideoConfig(std::int64_t preset, std::int64_t fpsValue, Completion completion) {
-  context_->operations->run("setVideoConfig", [server = context_->server, member = member_, preset, fpsValue,
-                                               completion = std::move(completion)](std::int64_t refusal) {
-    const std::int64_t code = refusal != 0 ? refusal : server->setCdnFormat(member, preset, fpsValue);
-    if (completion) completion(code == LocalCodeSuccess, code);
-  });
+  context_->operations->run("setVideoConfig",
+                            [weak = std::weak_ptr(context_), member = member_, preset, fpsValue,
+                             completion = std::move(completion)](std::int64_t refusal) {
+                              std::int64_t code = refusal;
+                              if (const auto context = contextFor(weak, code))
+                                code = context->server->setCdnFormat(member, preset, fpsValue);
+                              if (completion) completion(code == LocalCodeSuccess, code);
+                            });
 }
 
 void LocalCdnInput::setVideoView(const std::shared_ptr<LMRTCVideoRenderer>& view) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -9,6 +10,7 @@
 #include "LumoRTCLocal/sdk/Operations.h"
 #include "LumoRTCLocal/sdk/Speaker.h"
 #include "LumoRTCLocal/server/AudioExchange.h"
+#include "LumoRTCLocal/server/LocalCodes.h"
 #include "LumoRTCLocal/server/MediaServer.h"
 #include "LumoRTCLocal/server/Network.h"
 
@@ -31,5 +33,17 @@ struct LocalContext {
   std::shared_ptr<Runner> opening;   ///< opens files that are published
   std::shared_ptr<FilePlayback> files;
 };
+
+/// What an operation of the SDK works with when it runs. It waits with a weak pointer: what waits belongs to
+/// the SDK's runner, and so must not hold that.
+/// @param code  0, or why the operation is refused; LocalCodeNotInitialised when the context has gone
+/// @return null unless `code` is 0
+inline std::shared_ptr<const LocalContext> contextFor(const std::weak_ptr<const LocalContext>& weak,
+                                                      std::int64_t& code) {
+  if (code != LocalCodeSuccess) return nullptr;
+  auto context = weak.lock();
+  if (!context) code = LocalCodeNotInitialised;
+  return context;
+}
 
 }  // namespace lumo

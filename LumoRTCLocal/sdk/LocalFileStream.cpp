@@ -98,7 +98,9 @@ void LocalFileStream::open(std::uint64_t run) {
     if (run != run_ || isStopped_) return;
   }
   auto opened = FileReading::open(settings_.path, {pipeline_, context_->files, context_->decoding},
-                                  [weak = weak_from_this(), sdk = context_->sdk, run] {
+                                  [weak = weak_from_this(), weakSdk = std::weak_ptr(context_->sdk), run] {
+                                    const auto sdk = weakSdk.lock();
+                                    if (!sdk) return;
                                     sdk->post([weak, run] {
                                       if (const auto self = weak.lock()) self->ended(run);
                                     });
