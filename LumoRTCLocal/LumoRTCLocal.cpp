@@ -62,7 +62,8 @@ LumoRTCLocal::JoinResult refusal(std::int64_t code) {
 
 struct LumoRTCLocal::State {
   explicit State(const Options& options)
-      : context(makeContext(options)),
+      : pace(options.pace),
+        context(makeContext(options)),
         cameras(
             std::make_shared<lumo::CameraPair>(std::make_unique<lumo::TestPictureSource>(kLocalSource),
                                                std::make_unique<lumo::TestPictureSource>(kBackCameraSource))),
@@ -78,6 +79,7 @@ struct LumoRTCLocal::State {
                                     const std::string& path, Recorded& recorded);
   void keep(const std::shared_ptr<lumo::ScriptedParticipant>& participant);
 
+  const Pace pace;
   const std::shared_ptr<const lumo::LocalContext> context;
   const std::shared_ptr<lumo::CameraPair> cameras;
   const std::shared_ptr<lumo::CameraPipeline> camera;
@@ -134,7 +136,10 @@ std::shared_ptr<LumoRTCLocal> LumoRTCLocal::install(const Options& options) {
 
 LumoRTCLocal::LumoRTCLocal(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
-LumoRTCLocal::~LumoRTCLocal() { uninstall(); }
+LumoRTCLocal::~LumoRTCLocal() {
+  uninstall();
+  if (state_->pace == Pace::manual) state_->context->operations->abandon();  // nobody can advance any more
+}
 
 void LumoRTCLocal::uninstall() {
   if (LMRTCProvider::installed() == state_->provider) LMRTCProvider::install(nullptr);

@@ -197,7 +197,7 @@ class LumoRTCLocal {
   static std::shared_ptr<LumoRTCLocal> install();
   static std::shared_ptr<LumoRTCLocal> install(const Options& options);
 
-  /// As `uninstall`.
+  /// As `uninstall`. At manual pace what has not run by then never will, and is not answered.
   ~LumoRTCLocal();
   LumoRTCLocal(const LumoRTCLocal&) = delete;
   LumoRTCLocal& operator=(const LumoRTCLocal&) = delete;
@@ -259,8 +259,8 @@ class LumoRTCLocal {
   /// @param times  how many calls; 0 takes an earlier order back
   /// @return LocalCodeUnknownOperation for any other name
   std::int64_t failNext(const std::string& operation, std::int64_t code, std::int32_t times = 1);
-  /// Makes the next call of an SDK operation take effect, and answer, that much later. Operations as for
-  /// failNext.
+  /// Makes the next call of an SDK operation take effect, and answer, that much later. Those called after
+  /// it wait for it. Operations as for failNext.
   std::int64_t delayNext(const std::string& operation, lumo::Microseconds duration);
 
  private:

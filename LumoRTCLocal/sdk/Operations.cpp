@@ -53,7 +53,15 @@ void Operations::begin() {
 
 bool Operations::end() {
   const std::lock_guard lock(mutex_);
+  lastDue_ = Microseconds(0);
   return std::exchange(initialised_, false);
+}
+
+void Operations::abandon() {
+  std::map<std::uint64_t, Call> abandoned;  // what they hold goes after the lock
+  const std::lock_guard lock(mutex_);
+  abandoned_ = true;
+  abandoned.swap(waiting_);
 }
 
 std::uint64_t Operations::session() const {
@@ -62,13 +70,34 @@ std::uint64_t Operations::session() const {
 }
 
 void Operations::run(std::string_view name, Work work, Microseconds travel) {
-  const Fault fault = take(name);
-  sdk_->postAt(timeline_->now() + travel + fault.delay,
-               [weak = weak_from_this(), called = session(), code = fault.code, work = std::move(work)] {
-                 const auto self = weak.lock();
-                 const bool refused = !self || called == 0 || self->session() != called;
-                 work(refused ? std::int64_t{LocalCodeNotInitialised} : code);
-               });
+  const Microseconds arrival = timeline_->now() + travel;
+  std::uint64_t number = 0;
+  Microseconds due{0};
+  {
+    const std::lock_guard lock(mutex_);
+    if (abandoned_) return;
+    const Fault fault = takeLocked(name);
+    due = lastDue_ = std::max(lastDue_, arrival + fault.delay);
+    number = ++calls_;
+    waiting_.emplace(number, Call{initialised_ ? sessions_ : 0, fault.code, std::move(work)});
+  }
+  sdk_->postAt(due, [weak = weak_from_this(), number] {
+    if (const auto self = weak.lock()) self->perform(number);
+  });
+}
+
+void Operations::perform(std::uint64_t number) {
+  Call call;
+  bool refused = false;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto found = waiting_.find(number);
+    if (found == waiting_.end()) return;
+    call = std::move(found->second);
+    waiting_.erase(found);
+    refused = !initialised_ || call.session != sessions_;
+  }
+  call.work(refused ? std::int64_t{LocalCodeNotInitialised} : call.code);
 }
 
 std::int64_t Operations::failNext(const std::string& name, std::int64_t code, std::int32_t times) {
@@ -86,8 +115,7 @@ std::int64_t Operations::delayNext(const std::string& name, Microseconds duratio
   return LocalCodeSuccess;
 }
 
-Operations::Fault Operations::take(std::string_view name) {
-  const std::lock_guard lock(mutex_);
+Operations::Fault Operations::takeLocked(std::string_view name) {
   const auto found = faults_.find(name);
   if (found == faults_.end()) return {};
   Fault& fault = found->second;

@@ -12,8 +12,9 @@
 
 namespace lumo {
 
-/// Runs the SDK's operations on the SDK's runner, in the order in which they were called, and makes them fail
-/// or wait where that was asked for. Any thread.
+/// Runs the SDK's operations on the SDK's runner, and makes them fail or wait where that was asked for. Those
+/// of one initialisation run in the order in which they were called: one that takes its time, such as a join
+/// that is under way, holds up those behind it, so that leaving ends a room that has been joined. Any thread.
 class Operations : public std::enable_shared_from_this<Operations> {
  public:
   /// Does the operation and completes it.
@@ -27,6 +28,9 @@ class Operations : public std::enable_shared_from_this<Operations> {
   void begin();
   /// @return whether the engine was initialised
   bool end();
+  /// Drops, unanswered, what has not run and whatever is called later: for a timeline that stands still for
+  /// good, with which it would wait for ever and keep what it holds.
+  void abandon();
   /// The initialisation that is in force; 0 for none.
   std::uint64_t session() const;
 
@@ -46,14 +50,25 @@ class Operations : public std::enable_shared_from_this<Operations> {
     Microseconds delay{0};
   };
 
-  Fault take(std::string_view name);
+  struct Call {
+    std::uint64_t session = 0;  ///< in which it was called; 0: in none
+    std::int64_t code = 0;
+    Work work;
+  };
+
+  Fault takeLocked(std::string_view name);
+  void perform(std::uint64_t number);
 
   const std::shared_ptr<Timeline> timeline_;
   const std::shared_ptr<Runner> sdk_;
   mutable std::mutex mutex_;  ///< guards what follows
   std::map<std::string, Fault, std::less<>> faults_;
+  std::map<std::uint64_t, Call> waiting_;  ///< by number; here, as the runner must not own what holds it
+  std::uint64_t calls_ = 0;
+  Microseconds lastDue_{0};  ///< of what this initialisation has called
   std::uint64_t sessions_ = 0;
   bool initialised_ = false;
+  bool abandoned_ = false;
 };
 
 }  // namespace lumo

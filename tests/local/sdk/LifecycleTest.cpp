@@ -22,11 +22,13 @@ TEST_F(LifecycleTest, InjectedFailuresChangeNothingAndDelayedOperationsTakeEffec
 
   EXPECT_EQ(0, local->delayNext("joinRoom", 2s));
   engine->joinRoom("r", {}, [&](std::int64_t code, const auto&) { codes.push_back(code); });
+  engine->leaveRoom([&](std::int64_t code) { codes.push_back(code); });
   local->advance(1999ms);
   EXPECT_EQ(Codes(), codes);
   EXPECT_EQ(0, local->join("r", "me").participant->leave()) << "nobody has taken the id yet";
   local->advance(1ms);
-  EXPECT_EQ(Codes{0}, codes);
+  EXPECT_EQ((Codes{0, 0}), codes) << "leaving waits for the join";
+  EXPECT_EQ(LocalCodeNotInRoom, leave());
 }
 
 TEST_F(LifecycleTest, UnInitInTheMiddleOfThings) {

@@ -98,14 +98,16 @@ class LocalSdkTest : public ::testing::Test {
   ~LocalSdkTest() override {
     const std::weak_ptr<LMRTCEngine> weakEngine = engine;
     const std::weak_ptr<LMRTCRoom> weakRoom = room;
+    const auto token = std::make_shared<int>();
+    if (room && user()) user()->publishStreams({microphone()}, [token](bool, std::int64_t) {});
     local->setSpeaker({});
     local->uninstall();
-    local->advance(0us);
     room.reset();
     engine.reset();
     local.reset();
     EXPECT_TRUE(weakEngine.expired());
     EXPECT_TRUE(weakRoom.expired());
+    EXPECT_EQ(1, token.use_count()) << "what has not run by then keeps nothing";
   }
 
   static LMRTCRoomConfig liveConfig(std::int64_t role) {
