@@ -109,7 +109,8 @@ class LumoRTCLocal {
     virtual std::int64_t publishVideo() = 0;
     /// Publishes under `tag`: kLMRTCDefaultStreamTag for microphone and camera, else a custom stream. What
     /// one call publishes is told in one event.
-    /// @param sourceNumber  what a custom stream shows and sounds like; absent: as the participant
+    /// @param sourceNumber  what a custom stream shows and sounds like; absent: as the participant, as
+    ///                      microphone and camera always do
     virtual std::int64_t publish(const std::string& tag, Media media,
                                  std::optional<std::uint32_t> sourceNumber = {}) = 0;
 

@@ -75,7 +75,8 @@ std::int64_t ScriptedParticipant::publishVideo() { return publish(kLMRTCDefaultS
 std::int64_t ScriptedParticipant::publish(const std::string& tag, Media media,
                                           std::optional<std::uint32_t> sourceNumber) {
   const std::lock_guard lock(mutex_);
-  const std::uint32_t number = sourceNumber.value_or(parts_.sourceNumber);
+  const bool custom = tag != kLMRTCDefaultStreamTag;
+  const std::uint32_t number = custom ? sourceNumber.value_or(parts_.sourceNumber) : parts_.sourceNumber;
   const auto types = mediaTypes(media);
   Publications publications;
   for (const std::int64_t type : types) {
