@@ -215,6 +215,7 @@ LumoRTCLocal::JoinResult LumoRTCLocal::join(const std::string& roomId, const std
                                          state_->participantFiles, connection};
   const auto participant =
       std::make_shared<lumo::ScriptedParticipant>(std::move(parts), joined.member, userId);
+  context.server->observeRemoval(joined.member, participant);
   state_->keep(participant);
   JoinResult result = refusal(lumo::LocalCodeSuccess);
   result.participant = participant;

@@ -162,9 +162,7 @@ std::int64_t ScriptedParticipant::switchRole(Role role) {
   const std::int64_t code =
       parts_.server->switchRole(member_, audience ? LMRTCRoleTypeAudience : LMRTCRoleTypeBroadcaster);
   if (code != LocalCodeSuccess) return code;
-  for (auto& [key, source] : sources_) closed(source);
-  for (const auto& file : files_) file->publications.clear();
-  closedFiles = takeClosedFiles();
+  closedFiles = closeAll();
   return LocalCodeSuccess;
 }
 
@@ -248,6 +246,12 @@ bool ScriptedParticipant::isInRoom() const { return parts_.server->isPresent(mem
 void ScriptedParticipant::streamsPublished(const std::vector<PublicationState>& streams) {
   const std::lock_guard lock(mutex_);
   for (const PublicationState& state : streams) tap(state.publication);
+}
+
+void ScriptedParticipant::kicked(std::int64_t /*reason*/) {
+  Files closedFiles;
+  const std::lock_guard lock(mutex_);
+  closedFiles = closeAll();
 }
 
 void ScriptedParticipant::linkRequested(const LinkEnd& inviter, const std::string& extra) {
@@ -355,6 +359,12 @@ void ScriptedParticipant::fileEnded(const std::shared_ptr<PublishedFile>& file) 
   closedFiles = takeClosedFiles();
 }
 
+ScriptedParticipant::Files ScriptedParticipant::closeAll() {
+  for (auto& [key, source] : sources_) closed(source);
+  for (const auto& file : files_) file->publications.clear();
+  return takeClosedFiles();
+}
+
 ScriptedParticipant::Files ScriptedParticipant::takeClosedFiles() {
   const auto open = std::partition(files_.begin(), files_.end(),
                                    [](const auto& file) { return !file->publications.empty(); });
@@ -368,9 +378,7 @@ std::int64_t ScriptedParticipant::leaveRoom(bool offline) {
   Files closedFiles;
   const std::lock_guard lock(mutex_);
   const std::int64_t code = parts_.server->leave(member_, offline);
-  for (auto& [key, source] : sources_) closed(source);
-  for (const auto& file : files_) file->publications.clear();
-  closedFiles = takeClosedFiles();
+  closedFiles = closeAll();
   return code;
 }
 

@@ -122,6 +122,7 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   };
 
   void streamsPublished(const std::vector<PublicationState>& streams) override;
+  void kicked(std::int64_t reason) override;
   void linkRequested(const LinkEnd& inviter, const std::string& extra) override;
   void linkRequestCancelled(const LinkEnd& inviter, const std::string& extra) override;
   void tellInvitation(const Invitation& invitation) const;
@@ -135,6 +136,9 @@ class ScriptedParticipant : public LumoRTCLocal::Participant,
   std::shared_ptr<Publication> publicationOf(const std::string& tag, std::int64_t mediaType);
   Publications makePublications(const PublishedFile& file);
   void fileEnded(const std::shared_ptr<PublishedFile>& file);
+  /// Ends what was published, which the server has closed.
+  /// @return as takeClosedFiles
+  Files closeAll();
   /// Stops the files of which nothing is published any more.
   /// @return what the caller drops after the lock
   Files takeClosedFiles();

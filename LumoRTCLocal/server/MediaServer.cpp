@@ -86,6 +86,11 @@ std::vector<MemberSnapshot> MediaServer::observe(const Member& member, std::weak
   return present;
 }
 
+void MediaServer::observeRemoval(const Member& member, std::weak_ptr<RoomObserver> observer) {
+  const std::lock_guard lock(mutex_);
+  member->observer = std::move(observer);
+}
+
 std::int64_t MediaServer::publish(const Member& member, const Publications& streams,
                                   std::optional<bool> liveRoom) {
   Aftermath aftermath;

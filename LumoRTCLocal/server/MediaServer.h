@@ -80,6 +80,9 @@ class MediaServer : public std::enable_shared_from_this<MediaServer> {
   /// @return what is there already, and in the rooms that it visits
   std::vector<MemberSnapshot> observe(const Member& member, std::weak_ptr<RoomObserver> observer);
 
+  /// Tells `observer` when the member is removed from its room, and, unlike `observe`, nothing else.
+  void observeRemoval(const Member& member, std::weak_ptr<RoomObserver> observer);
+
   /// Publishes all of `streams`, or none.
   /// @param liveRoom  the kind of room that the publication is meant for; absent takes either
   std::int64_t publish(const Member& member, const Publications& streams, std::optional<bool> liveRoom = {});

@@ -117,6 +117,7 @@ TEST_F(FileStreamTest, StoppingAtAnyMomentAndPlayingForLongTakeNoMoreMemory) {
   EXPECT_LT(mallinfo2().uordblks, usedBefore + 16 * 1024);
 
   start(writeClip(folder, "a.mov", {.pictures = 1200, .toneHz = 700, .toneSeconds = 120}), false, true);
+  pictures.reserve(1200);
   advance(10s);
   usedBefore = mallinfo2().uordblks;
   advance(100s);
@@ -132,6 +133,24 @@ TEST_F(FileStreamTest, ParticipantsPublishFilesAsTwoStreams) {
   EXPECT_EQ("10 0 | - | 10", levels()) << "heard on the speaker";
   advance(900ms);
   EXPECT_EQ((Lines{"goes: r anna film 2"}), told());
+
+  const std::string film = writeClip(folder, "b.mkv", {.pictures = 100});
+  ASSERT_EQ(0, anna->publishFile("film", film));
+  const auto bob = local->join("r", "bob", {.camera = film}).participant;
+  EXPECT_EQ(0, bob->publish(kLMRTCDefaultStreamTag, Media::video, 7));
+  EXPECT_EQ(0, bob->unpublishVideo());
+  EXPECT_EQ(0, bob->publishVideo());
+  advance(0us);
+  const auto view = LMRTCIWView::create();
+  ASSERT_EQ(0, engine->setRemoteView(view, "bob"));
+  ASSERT_EQ(0, engine->subscribe("bob", kVideo));
+  advance(1s);
+  ASSERT_TRUE(nativeView(view)->picture());
+  EXPECT_EQ(99u, readingOf(nativeView(view)->picture()).sourceNumber) << "still the file";
+  EXPECT_EQ(0, bob->kick("anna", 1));
+  engine->leaveRoom();
+  advance(1s);
+  EXPECT_EQ(0u, local->advance(1s)) << "nothing is read for nobody";
 }
 
 }  // namespace
