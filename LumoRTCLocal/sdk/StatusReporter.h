@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -24,8 +26,12 @@ class StatusReporter : public std::enable_shared_from_this<StatusReporter> {
 
   /// Begins a new interval; there are no reports without a delegate. Any thread.
   void setDelegate(std::weak_ptr<LMRTCStatusReportDelegate> delegate);
-  /// For what begins from now on; below 1 there are no reports. Any thread.
-  void setInterval(std::int64_t seconds) { interval_ = std::chrono::seconds(seconds); }
+  /// For what begins from now on. Any thread.
+  /// @param seconds  below 1 there are no reports; more than a day counts as a day
+  void setInterval(std::int64_t seconds) {
+    constexpr std::int64_t kDay = 24 * 60 * 60;
+    interval_ = std::chrono::seconds(std::clamp<std::int64_t>(seconds, 0, kDay));
+  }
 
   /// Reports about `room` for as long as it is open. SDK thread.
   void start(const std::shared_ptr<LocalRoom>& room);
