@@ -76,8 +76,8 @@ class LumoRTCLocal {
   };
 
   /// A scripted user in one room. Its operations take effect at once and answer with a code; after it has
-  /// left or was removed they answer LocalCodeNotInRoom. It leaves when nobody holds it and the LumoRTCLocal
-  /// is gone.
+  /// left or was removed they answer LocalCodeNotInRoom. `uninstall`, and with it the end of the
+  /// LumoRTCLocal, makes every participant leave; until then it stays, whether or not anybody holds it.
   ///
   /// Each video stream goes out in normal size and, for whoever subscribes to the small size, scaled down to
   /// a shorter side of 180 pixels at 10 frames per second.
