@@ -36,6 +36,7 @@ void JitterBuffer::push(const std::shared_ptr<Publication>& publication,
       queue->receiver = receiver;
       queue->key = receiver.get();
       queue->ring.resize(kMostBlocks);
+      index_[receiver.get()] = queue;
       queueCount_.store(queues_.size(), std::memory_order_relaxed);
     }
     isOneLost = queue->push(block);
@@ -47,14 +48,18 @@ void JitterBuffer::push(const std::shared_ptr<Publication>& publication,
 bool JitterBuffer::holds(const MediaReceiver& receiver) const {
   if (isEmpty()) return false;
   const std::lock_guard lock(mutex_);
-  return std::ranges::any_of(queues_, [&](const auto& queue) { return queue->isOf(receiver); });
+  return find(receiver) != nullptr;
 }
 
 void JitterBuffer::play(Microseconds time) {
   if (isEmpty()) return;
   {
     const std::lock_guard lock(mutex_);
-    std::erase_if(queues_, [this](const auto& queue) { return !takeDueLocked(*queue); });
+    std::erase_if(queues_, [this](const auto& queue) {
+      if (takeDueLocked(*queue)) return false;
+      forgetLocked(*queue);
+      return true;
+    });
     queueCount_.store(queues_.size(), std::memory_order_relaxed);
   }
   for (const Due& due : due_) {
@@ -63,9 +68,15 @@ void JitterBuffer::play(Microseconds time) {
   due_.clear();
 }
 
-JitterBuffer::Queue* JitterBuffer::find(const MediaReceiver& receiver) {
-  const auto found = std::ranges::find_if(queues_, [&](const auto& queue) { return queue->isOf(receiver); });
-  return found == queues_.end() ? nullptr : found->get();
+JitterBuffer::Queue* JitterBuffer::find(const MediaReceiver& receiver) const {
+  const auto found = index_.find(&receiver);
+  // A receiver that has gone may have had the address of one that is there.
+  return found == index_.end() || found->second->receiver.expired() ? nullptr : found->second;
+}
+
+void JitterBuffer::forgetLocked(const Queue& queue) {
+  const auto found = index_.find(queue.key);
+  if (found != index_.end() && found->second == &queue) index_.erase(found);
 }
 
 /// @return whether the queue is still needed

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -48,7 +49,6 @@ class JitterBuffer {
     std::size_t fewest = kMostBlocks;
     bool isDelayed = false;
 
-    bool isOf(const MediaReceiver& wanted) const { return key == &wanted && !receiver.expired(); }
     /// @return whether the oldest one had to go for it
     bool push(const AudioBlock& block);
     void pop(std::size_t number);
@@ -60,11 +60,13 @@ class JitterBuffer {
     bool isPlayed = false;
   };
 
-  Queue* find(const MediaReceiver& receiver);
+  Queue* find(const MediaReceiver& receiver) const;
+  void forgetLocked(const Queue& queue);
   bool takeDueLocked(Queue& queue);
 
-  mutable std::mutex mutex_;  ///< guards the queues
-  std::vector<std::unique_ptr<Queue>> queues_;
+  mutable std::mutex mutex_;                    ///< guards the queues
+  std::vector<std::unique_ptr<Queue>> queues_;  // in the order in which they hand out
+  std::unordered_map<const MediaReceiver*, Queue*> index_;
   std::atomic<std::size_t> queueCount_{0};
   std::vector<Due> due_;  // audio runner only; keeps its memory
 };
