@@ -272,19 +272,13 @@ std::shared_ptr<Publication> ScriptedParticipant::makePublication(const std::str
   const bool custom = tag != kLMRTCDefaultStreamTag;
   StreamName name{userId_, tag, mediaType, custom ? LMRTCMediaStreamTypeCustom : LMRTCMediaStreamTypeNormal};
   if (mediaType == LMRTCMediaTypeAudio) {
-    return Publication::create(std::move(name), source.enabled, makeTone(number),
-                               [weak = std::weak_ptr<AudioExchange>(parts_.audio)](const auto& changed) {
-                                 if (const auto exchange = weak.lock()) exchange->update(changed);
-                               });
+    return Publication::create(std::move(name), source.enabled, makeTone(number), demandOf(parts_.audio));
   }
   if (!source.pipeline) {
     source.pipeline = makePipeline(tag, number);
     source.number = number;
   }
-  return Publication::create(std::move(name), source.enabled, nullptr,
-                             [weak = std::weak_ptr<CameraPipeline>(source.pipeline)](const auto&) {
-                               if (const auto pipeline = weak.lock()) pipeline->update();
-                             });
+  return Publication::create(std::move(name), source.enabled, nullptr, demandOf(source.pipeline));
 }
 
 std::shared_ptr<CameraPipeline> ScriptedParticipant::makePipeline(const std::string& tag,
@@ -336,18 +330,12 @@ Publications ScriptedParticipant::makePublications(const PublishedFile& file) {
   Publications publications;
   if (const auto& voice = file.reading->voice()) {
     voice->setHasPublication(true);
-    publications.push_back(
-        Publication::create(name, sources_[{file.tag, name.mediaType}].enabled, voice,
-                            [weak = std::weak_ptr<AudioExchange>(parts_.audio)](const auto& changed) {
-                              if (const auto exchange = weak.lock()) exchange->update(changed);
-                            }));
+    publications.push_back(Publication::create(name, sources_[{file.tag, name.mediaType}].enabled, voice,
+                                               demandOf(parts_.audio)));
   }
   name.mediaType = LMRTCMediaTypeVideo;
-  publications.push_back(
-      Publication::create(name, sources_[{file.tag, name.mediaType}].enabled, nullptr,
-                          [weak = std::weak_ptr<CameraPipeline>(file.pipeline)](const auto&) {
-                            if (const auto pipeline = weak.lock()) pipeline->update();
-                          }));
+  publications.push_back(Publication::create(name, sources_[{file.tag, name.mediaType}].enabled, nullptr,
+                                             demandOf(file.pipeline)));
   return publications;
 }
 

@@ -208,4 +208,10 @@ bool CameraPipeline::isTinyDue(const VideoFormat& tiny, Microseconds time) {
   return std::exchange(lastTiny_, number) != number;
 }
 
+Publication::DemandChanged demandOf(std::weak_ptr<CameraPipeline> pipeline) {
+  return [weak = std::move(pipeline)](const std::shared_ptr<Publication>&) {
+    if (const auto target = weak.lock()) target->update();
+  };
+}
+
 }  // namespace lumo

@@ -123,4 +123,7 @@ class CameraPipeline : public std::enable_shared_from_this<CameraPipeline> {
       runner_;  // made at the first start; last: goes first, while its tasks can reach the rest
 };
 
+/// For a publication of pictures: tells `pipeline`, while it is there, of the demand.
+Publication::DemandChanged demandOf(std::weak_ptr<CameraPipeline> pipeline);
+
 }  // namespace lumo

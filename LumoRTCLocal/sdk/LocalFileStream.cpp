@@ -74,10 +74,7 @@ void LocalFileStream::setVideoConfig(const LMRTCVideoStreamConfig& config) {
 }
 
 std::shared_ptr<Publication> LocalFileStream::makePublication() {
-  return Publication::create(name(), !isMute(), nullptr,
-                             [weak = std::weak_ptr<CameraPipeline>(pipeline_)](const auto&) {
-                               if (const auto pipeline = weak.lock()) pipeline->update();
-                             });
+  return Publication::create(name(), !isMute(), nullptr, demandOf(pipeline_));
 }
 
 void LocalFileStream::attach(const std::shared_ptr<Publication>& publication) {
@@ -162,10 +159,7 @@ Publications LocalFileStream::makePublications(const FileReading& reading) {
     StreamName sound = name();
     sound.mediaType = LMRTCMediaTypeAudio;
     publications.push_back(
-        Publication::create(std::move(sound), !isMute(), reading.voice(),
-                            [weak = std::weak_ptr<AudioExchange>(context_->audio)](const auto& changed) {
-                              if (const auto exchange = weak.lock()) exchange->update(changed);
-                            }));
+        Publication::create(std::move(sound), !isMute(), reading.voice(), demandOf(context_->audio)));
   }
   publications.push_back(makePublication());
   return publications;

@@ -145,10 +145,7 @@ void LocalMicrophone::setWillSendAudioBufferCallback(LMRTCAudioDataCallback call
 }
 
 std::shared_ptr<Publication> LocalMicrophone::makePublication() {
-  return Publication::create(name(), !isMute(), capture_,
-                             [weak = std::weak_ptr<AudioExchange>(exchange_)](const auto& changed) {
-                               if (const auto exchange = weak.lock()) exchange->update(changed);
-                             });
+  return Publication::create(name(), !isMute(), capture_, demandOf(exchange_));
 }
 
 void LocalMicrophone::attach(const std::shared_ptr<Publication>& publication) {
@@ -233,10 +230,7 @@ bool LocalCamera::setWaterMark(const std::shared_ptr<const UIImage>& image, cons
 }
 
 std::shared_ptr<Publication> LocalCamera::makePublication() {
-  return Publication::create(name(), !isMute(), nullptr,
-                             [weak = std::weak_ptr<CameraPipeline>(pipeline_)](const auto&) {
-                               if (const auto pipeline = weak.lock()) pipeline->update();
-                             });
+  return Publication::create(name(), !isMute(), nullptr, demandOf(pipeline_));
 }
 
 void LocalCamera::attach(const std::shared_ptr<Publication>& publication) {

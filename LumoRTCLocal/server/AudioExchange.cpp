@@ -76,4 +76,10 @@ void AudioExchange::tick(Microseconds time) {
   schedule(std::max(time + kBlock, timeline_->now() - 10 * kBlock));
 }
 
+Publication::DemandChanged demandOf(std::weak_ptr<AudioExchange> exchange) {
+  return [weak = std::move(exchange)](const std::shared_ptr<Publication>& publication) {
+    if (const auto target = weak.lock()) target->update(publication);
+  };
+}
+
 }  // namespace lumo

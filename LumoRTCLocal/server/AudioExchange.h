@@ -67,4 +67,7 @@ class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
   const std::unique_ptr<Runner> runner_;  // last: goes first, while its tasks can still reach the rest
 };
 
+/// For a publication of sound: tells `exchange`, while it is there, of the demand.
+Publication::DemandChanged demandOf(std::weak_ptr<AudioExchange> exchange);
+
 }  // namespace lumo
