@@ -72,7 +72,8 @@ std::int64_t applyPictures(const LMRTCMixConfig& config, MixSettings& settings) 
     if (const auto code = applyPlacements(*config.customLayouts, settings.placements)) return code;
   }
   if (const auto code = applyLayout(video.videoLayout, settings.picture, settings.videoBitrate)) return code;
-  return applyLayout(video.tinyVideoLayout, settings.tinyPicture, settings.tinyVideoBitrate);
+  std::int32_t withoutEffect = 0;  // only the normal size is ever encoded
+  return applyLayout(video.tinyVideoLayout, settings.tinyPicture, withoutEffect);
 }
 
 std::int64_t applySound(const LMRTCMixConfig& config, MixSettings& settings) {

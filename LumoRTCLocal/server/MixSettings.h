@@ -46,7 +46,6 @@ struct MixSettings {
   VideoFormat tinyPicture{180, 320, 10};
   VideoFormat cdnPicture{360, 640, 15};
   std::int32_t videoBitrate = 800;  ///< kilobits per second, as the others
-  std::int32_t tinyVideoBitrate = 200;
   std::int32_t audioBitrate = 64;
 
   /// Whether the sound of `stream` is part of the mix.
