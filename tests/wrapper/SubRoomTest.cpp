@@ -76,6 +76,7 @@ TEST_F(SubRoomTest, InvitationsAnswersAndDisbandingReachTheHost) {
       {"r1", "me", "r2", "u2", true, response + "1" + heard + "1 x"},
       {"r1", "u1", "r2", "u2", false, response + "0" + heard + "0 x"},
       {"r2", "u2", "r1", "me", true, ""},
+      {"r1", "me", "r2", "me", true, ""},
       {"r1", "u1", "r2", "u2", true, banded},
       {"r2", "u2", "r1", "u1", true, banded}};
   for (const auto& a : answers) {
