@@ -31,6 +31,12 @@ bool isFullRange(const AVFrame& frame) {
          frame.format == AV_PIX_FMT_YUVJ422P || frame.format == AV_PIX_FMT_YUVJ444P;
 }
 
+/// The scaler decides by the formats alone whether there is anything to convert.
+AVPixelFormat formatWithRange(const AVFrame& frame) {
+  const auto format = static_cast<AVPixelFormat>(frame.format);
+  return format == AV_PIX_FMT_YUV420P && isFullRange(frame) ? AV_PIX_FMT_YUVJ420P : format;
+}
+
 bool isReady(const AVFrame& frame) {
   return frame.format == AV_PIX_FMT_YUV420P && !isFullRange(frame) && isBt601(colorMatrix(frame)) &&
          frame.linesize[0] > 0 && frame.linesize[1] > 0 && frame.linesize[2] > 0;
@@ -64,14 +70,22 @@ std::shared_ptr<const LumoRTCI420Buffer> PictureConverter::convert(const AVFrame
   return rotated(scaled(picture, displayWidth(frame), frame.height, pool_), rotation_, pool_);
 }
 
-std::shared_ptr<const LumoRTCI420Buffer> PictureConverter::toI420(const AVFrame& frame) {
-  scaler_.reset(sws_getCachedContext(
-      scaler_.release(), frame.width, frame.height, static_cast<AVPixelFormat>(frame.format), frame.width,
-      frame.height, AV_PIX_FMT_YUV420P, SWS_BILINEAR | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
-  if (!scaler_) return nullptr;
+bool PictureConverter::prepare(const AVFrame& frame) {
+  const Source source{frame.width, frame.height, frame.format, colorMatrix(frame), isFullRange(frame)};
+  if (source == source_) return scaler_ != nullptr;
+  source_ = source;
+  scaler_.reset(sws_getContext(source.width, source.height, formatWithRange(frame), source.width,
+                               source.height, AV_PIX_FMT_YUV420P, SWS_BILINEAR | SWS_ACCURATE_RND, nullptr,
+                               nullptr, nullptr));
+  if (!scaler_) return false;
   constexpr int kUnchanged = 1 << 16;  // contrast and saturation are fixed-point numbers
-  sws_setColorspaceDetails(scaler_.get(), sws_getCoefficients(colorMatrix(frame)), isFullRange(frame) ? 1 : 0,
+  sws_setColorspaceDetails(scaler_.get(), sws_getCoefficients(source.matrix), source.isFullRange ? 1 : 0,
                            sws_getCoefficients(SWS_CS_ITU601), 0, 0, kUnchanged, kUnchanged);
+  return true;
+}
+
+std::shared_ptr<const LumoRTCI420Buffer> PictureConverter::toI420(const AVFrame& frame) {
+  if (!prepare(frame)) return nullptr;
   auto picture = takeAligned(frame.width, frame.height);
   if (!picture) return nullptr;
   std::uint8_t* const planes[] = {picture->mutableDataY(), picture->mutableDataU(), picture->mutableDataV(),

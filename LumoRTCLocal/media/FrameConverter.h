@@ -23,11 +23,23 @@ class PictureConverter {
   std::shared_ptr<const LumoRTCI420Buffer> convert(const AVFrame& frame);
 
  private:
+  /// What pictures are converted from.
+  struct Source {
+    int width = 0;
+    int height = 0;
+    int format = -1;
+    int matrix = 0;
+    bool isFullRange = false;
+    bool operator==(const Source&) const = default;
+  };
+
+  bool prepare(const AVFrame& frame);
   std::shared_ptr<const LumoRTCI420Buffer> toI420(const AVFrame& frame);
   std::shared_ptr<LumoRTCI420Buffer> takeAligned(std::int32_t width, std::int32_t height);
 
   std::int32_t rotation_ = 0;
-  Scaler scaler_;
+  Scaler scaler_;  // for `source_`
+  Source source_;
   BufferPool aligned_;  // its buffers suit `alignedWidth_` x `alignedHeight_`
   std::int32_t alignedWidth_ = 0;
   std::int32_t alignedHeight_ = 0;

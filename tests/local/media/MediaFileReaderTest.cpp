@@ -34,12 +34,16 @@ TEST_F(MediaFileReaderTest, SeeksToThePictureShownAndTurnsItUpright) {
 }
 
 TEST_F(MediaFileReaderTest, ConvertsColoursOfTheFullRange) {
-  const std::string header = "YUV4MPEG2 W4 H4 F10:1 C444 XCOLORRANGE=FULL\nFRAME\n";
-  const std::string planes = std::string(16, '\x28') + std::string(16, '\x5A') + std::string(16, '\xC8');
-  const auto file = folder_.write("full.y4m", header + planes);
-  const YuvColor color = test::colorAt(*open(file)->nextPicture()->picture, 2, 2);
-  EXPECT_NEAR(16 + 40 * 219 / 255, color.y, 1);
-  EXPECT_NEAR(128 + (200 - 128) * 224 / 255, color.v, 1);
+  for (const auto& [kind, chroma] : {std::pair{"444", 16}, {"420jpeg", 4}}) {
+    const std::string header = std::string("YUV4MPEG2 W4 H4 F10:1 C") + kind + " XCOLORRANGE=FULL\nFRAME\n";
+    const auto size = static_cast<std::size_t>(chroma);
+    const std::string planes =
+        std::string(16, '\x28') + std::string(size, '\x5A') + std::string(size, '\xC8');
+    const auto file = folder_.write("full.y4m", header + planes);
+    const YuvColor color = test::colorAt(*open(file)->nextPicture()->picture, 2, 2);
+    EXPECT_NEAR(16 + 40 * 219 / 255, color.y, 1) << kind;
+    EXPECT_NEAR(128 + (200 - 128) * 224 / 255, color.v, 1) << kind;
+  }
 }
 
 TEST_F(MediaFileReaderTest, SaysWhatIsWrongWithAFile) {
