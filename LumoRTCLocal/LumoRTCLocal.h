@@ -255,8 +255,8 @@ class LumoRTCLocal {
   /// requestJoinOtherRoom, cancelRequestJoinOtherRoom, responseJoinOtherRoom, joinOtherRoom, leaveOtherRoom,
   /// setMixConfig, addPublishStreamUrl, removePublishStreamUrl, enableInnerCDN, setVideoConfig (of the inner
   /// CDN stream), switchToBroadcaster, switchToAudienceOnSucceed, setEnableSEI, startRTCProbeTest,
-  /// stopRTCProbeTest. A role switch that fails with
-  /// LocalCodeKicked ends with the local user's removal from the room.
+  /// stopRTCProbeTest. A role switch that fails with LocalCodeKicked ends with the local user's removal from
+  /// the room.
   /// @param times  how many calls; 0 takes an earlier order back
   /// @return LocalCodeUnknownOperation for any other name
   std::int64_t failNext(const std::string& operation, std::int64_t code, std::int32_t times = 1);

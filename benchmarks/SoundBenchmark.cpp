@@ -11,10 +11,10 @@
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCConfig.h"
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCEngine.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/LumoRTCLocal.h"
 #include "LumoRTCLocal/media/AudioFilePlayer.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
-#include "LumoRTCLocal/server/LocalCodes.h"
 #include "benchmarks/AllocationCounter.h"
 #include "tests/support/MediaFixtures.h"
 
@@ -77,7 +77,7 @@ void everything(benchmark::State& state) {
   LMRTCEngine::sharedInstance()->initWithConfig(LMRTCConfig());
   const auto effects = LMRTCEngine::sharedInstance()->audioEffectManager();
   if (state.range(0) > 0) {
-    LMRTCAudioMixer::sharedInstance()->startMixingWithURL(music, true, lumo::LocalMixerModeMix, 0);
+    LMRTCAudioMixer::sharedInstance()->startMixingWithURL(music, true, lumo::LMRTCMixerModeMix, 0);
   }
   for (std::int64_t i = 1; i < state.range(0); ++i) effects->playEffect(i, music, -1, true);
   local->advance(1s);

@@ -58,15 +58,15 @@ bool LocalAudioMixer::startMixingWithURL(const std::string& url, bool playback, 
   if (const auto former = endLocked(LocalMixingStateStopped, LocalMixingReasonReplaced)) {
     files_->remove(former);
   }
-  mode_ = mixerMode == LocalMixerModeLocalOnly || mixerMode == LocalMixerModeReplace ? mixerMode
-                                                                                     : LocalMixerModeMix;
+  mode_ = mixerMode == LMRTCMixerModeLocalOnly || mixerMode == LMRTCMixerModeReplace ? mixerMode
+                                                                                     : LMRTCMixerModeMix;
   isPlayedBack_ = playback;
   ticksToReport_ = kTicksPerReport;
   voice_ = std::make_shared<FileVoice>(
       opened.player, [weak = weak_from_this()](const FileVoice& voice, std::optional<Read> result) {
         if (const auto self = weak.lock()) self->voiceTicked(voice, result);
       });
-  voice_->setReplacesMicrophone(mode_ == LocalMixerModeReplace);
+  voice_->setReplacesMicrophone(mode_ == LMRTCMixerModeReplace);
   setGainsLocked();
   postStateLocked(LocalMixingStatePlaying, LocalMixingReasonStarted);
   files_->add(voice_);
@@ -143,7 +143,7 @@ std::shared_ptr<FileVoice> LocalAudioMixer::endLocked(std::uint64_t state, std::
 
 void LocalAudioMixer::setGainsLocked() {
   if (!voice_) return;
-  voice_->setPublishGain(mode_ == LocalMixerModeLocalOnly ? 0 : gainOf(mixingVolume_));
+  voice_->setPublishGain(mode_ == LMRTCMixerModeLocalOnly ? 0 : gainOf(mixingVolume_));
   voice_->setPlaybackGain(isPlayedBack_ ? gainOf(playingVolume_) : 0);
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCAudioMixer.h"
+#include "LumoRTCLibWrapper/platform/LumoRTCLib/LMRTCTypes.h"
 #include "LumoRTCLocal/media/AudioFilePlayer.h"
 #include "LumoRTCLocal/media/Timeline.h"
 #include "LumoRTCLocal/sdk/FilePlayback.h"
@@ -16,7 +17,7 @@
 namespace lumo {
 
 /// Plays one file into the local user's sound, with or without a room and a session. Its numbers are those of
-/// LocalMixerMode, LocalMixingState and LocalMixingReason; positions and progress are seconds from the start
+/// LMRTCMixerMode, LocalMixingState and LocalMixingReason; positions and progress are seconds from the start
 /// of the file. Progress is reported every 200 ms while the file plays, once 200 ms after a seek in a paused
 /// file, and at the end of the file right before the state. Reports and states come on the SDK's thread, in
 /// the order of what they tell.
@@ -29,7 +30,7 @@ class LocalAudioMixer : public LMRTCAudioMixer, public std::enable_shared_from_t
 
   void setDelegate(std::weak_ptr<LMRTCAudioMixerAudioPlayDelegate> delegate) override;
   /// A file that cannot be played changes nothing: the one that plays goes on.
-  /// @param mixerMode  LocalMixerMode; any other number means LocalMixerModeMix
+  /// @param mixerMode  LMRTCMixerMode; any other number means LMRTCMixerModeMix
   /// @param loopCount  0: endlessly
   bool startMixingWithURL(const std::string& url, bool playback, std::int64_t mixerMode,
                           std::uint64_t loopCount) override;
@@ -66,7 +67,7 @@ class LocalAudioMixer : public LMRTCAudioMixer, public std::enable_shared_from_t
   std::mutex mutex_;
   std::weak_ptr<LMRTCAudioMixerAudioPlayDelegate> delegate_;
   std::shared_ptr<FileVoice> voice_;  // null: no file plays
-  std::int64_t mode_ = LocalMixerModeMix;
+  std::int64_t mode_ = LMRTCMixerModeMix;
   bool isPlayedBack_ = true;
   std::int32_t ticksToReport_ = 0;
   std::optional<Microseconds> soughtPosition_;

@@ -22,8 +22,7 @@ class AudioTickListener {
 
 /// The clock of all sound: every 10 ms, on one audio runner, it takes a block from each publication that
 /// somebody wants and sends it on, and hands out what came over a network; the listeners are told before and
-/// after. It rests while there is neither.
-/// Every operation may be called on any thread.
+/// after. It rests while there is neither. Every operation may be called on any thread.
 class AudioExchange : public std::enable_shared_from_this<AudioExchange> {
  public:
   static constexpr Microseconds kBlock{10000};

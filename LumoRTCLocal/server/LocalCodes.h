@@ -64,13 +64,6 @@ enum LocalCode : std::int64_t {
   LocalCodeProbeInterrupted = 1703,      ///< stopped, or ended by joining a room or the end of the session
 };
 
-/// How the audio mixer puts the file and the microphone together.
-enum LocalMixerMode : std::int64_t {
-  LocalMixerModeLocalOnly = 0,  ///< the file is not sent
-  LocalMixerModeMix = 1,        ///< both are sent
-  LocalMixerModeReplace = 2,    ///< the file is sent in place of the microphone, except while it is paused
-};
-
 /// What the audio mixer reports that it does now.
 enum LocalMixingState : std::uint64_t {
   LocalMixingStatePlaying = 0,

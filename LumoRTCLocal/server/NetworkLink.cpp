@@ -28,11 +28,6 @@ void NetworkLink::setModel(const NetworkModel& model) {
   if (model_ != NetworkModel()) direct_.store(false, std::memory_order_relaxed);
 }
 
-NetworkModel NetworkLink::model() const {
-  const std::lock_guard lock(mutex_);
-  return model_;
-}
-
 Microseconds NetworkLink::expectedTransit() const {
   const std::lock_guard lock(mutex_);
   return model_.delay + model_.jitter / 2;

@@ -30,7 +30,6 @@ class NetworkLink {
   /// For the packets that enter from now on. They stay behind those of the former model, but for one that
   /// needs more than kLongestWait to leave: that one they overtake.
   void setModel(const NetworkModel& model);
-  NetworkModel model() const;
   /// The mean transit that the model gives a small packet.
   Microseconds expectedTransit() const;
 

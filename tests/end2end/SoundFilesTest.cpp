@@ -46,7 +46,7 @@ TEST_F(SoundFilesTest, EveryFormatArrivesAtItsLevelAndAtThePlaceThatIsSought) {
   for (const char* const name : {"a.wav", "a.flac", "a.mp3", "a.m4a"}) {
     SCOPED_TRACE(name);
     const std::string path = writeTones(folder, name, {{500, 2}, {900, 1.9}});
-    ASSERT_EQ(0, engine->startAudioMixing("file://" + path, LocalMixerModeMix, true, 1));
+    ASSERT_EQ(0, engine->startAudioMixing("file://" + path, LMRTCMixerModeMix, true, 1));
     EXPECT_EQ(3, engine->getAudioMixingDuration());
     advance(200ms);
     EXPECT_EQ("10 10 0 | 10 0", levels());
@@ -67,9 +67,9 @@ TEST_F(SoundFilesTest, ModesAndVolumesDecideWhoHearsWhat) {
   };
   run(
       {
-          {"local playback only", start(LocalMixerModeLocalOnly, true), "10 0 0 | 10 0"},
-          {"mixed, not played here", start(LocalMixerModeMix, false), "10 10 0 | 0 0"},
-          {"in place of the microphone", start(LocalMixerModeReplace, true), "0 10 0 | 10 0"},
+          {"local playback only", start(LMRTCMixerModeLocalOnly, true), "10 0 0 | 10 0"},
+          {"mixed, not played here", start(LMRTCMixerModeMix, false), "10 10 0 | 0 0"},
+          {"in place of the microphone", start(LMRTCMixerModeReplace, true), "0 10 0 | 10 0"},
           {"half to the others", [&] { engine->adjustAudioMixingPublishVolume(50); }, "0 5 0 | 10 0"},
           {"a fifth here", [&] { engine->adjustAudioMixingPlaybackVolume(20); }, "0 5 0 | 2 0"},
           {"paused", [&] { engine->pauseAudioMixing(); }, "10 0 0 | 0 0"},
@@ -83,7 +83,7 @@ TEST_F(SoundFilesTest, ModesAndVolumesDecideWhoHearsWhat) {
 TEST_F(SoundFilesTest, ProgressAndTheEndAreToldInOrder) {
   const std::string half = writeTones(folder, "half.wav", {{500, 0.45}});
   engine->leaveRoom();
-  ASSERT_EQ(0, engine->startAudioMixing(half, LocalMixerModeMix, true, 2));
+  ASSERT_EQ(0, engine->startAudioMixing(half, LMRTCMixerModeMix, true, 2));
   advance(2s);
   EXPECT_EQ((Lines{"state 0 , reason: 0", "at 200", "at 400", "at 150", "at 350", "at 450",
                    "state 2 , reason: 4", "finished"}),
@@ -107,18 +107,24 @@ TEST_F(SoundFilesTest, EffectsSoundOnTopOfEachOther) {
           {"the other at its end", [&] { advance(200ms); }, "10 0 0 | 0 0"},
           {"a missing file", [&] { engine->playAudioEffect(7, 100, 1); }, "10 0 0 | 0 0"},
           {"all resumed", [&] { engine->resumeAllAudioEffects(); }, "10 5 0 | 5 0"},
+          {"the first stopped", [&] { engine->stopAudioEffect(5); }, "10 0 0 | 0 0"},
+          {"all paused", [&] { engine->playAudioEffect(5, 100, -1), engine->pauseAllAudioEffects(); },
+           "10 0 0 | 0 0"},
+          {"one resumed", [&] { engine->resumeAudioEffect(5); }, "10 5 0 | 5 0"},
           {"all stopped", [&] { engine->stopAllAudioEffects(); }, "10 0 0 | 0 0"},
       },
       [this] { return levels(); });
+  EXPECT_EQ(100, engine->getAudioEffectVolume(5));
+  EXPECT_EQ(50, engine->getAllAudioEffectsVolume());
 }
 
 TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
   const std::string good = writeTones(folder, "good.wav", {{500, 3}});
-  ASSERT_EQ(0, engine->startAudioMixing(good, LocalMixerModeMix, true, 1));
+  ASSERT_EQ(0, engine->startAudioMixing(good, LMRTCMixerModeMix, true, 1));
   for (const std::string& path :
        {std::string(), folder.path("missing.wav"), folder.path(""), folder.write("empty.mp3", ""),
         folder.write("head.wav", readFile(good).substr(0, 30)), writeClip(folder, "silent.mov", {})}) {
-    EXPECT_NE(0, engine->startAudioMixing(path, LocalMixerModeReplace, false, 1, 2.5)) << path;
+    EXPECT_NE(0, engine->startAudioMixing(path, LMRTCMixerModeReplace, false, 1, 2.5)) << path;
     EXPECT_EQ(0, engine->getAudioMixingDuration()) << path;
   }
   EXPECT_EQ("10 10 0 | 10 0", levels()) << "the good one goes on";
@@ -126,7 +132,7 @@ TEST_F(SoundFilesTest, BadFilesAreRefusedOrEndWithAReason) {
   for (const char* const name : {"cut.flac", "cut.mp3"}) {
     const std::string whole = readFile(writeTones(folder, name, {{500, 3}}));
     folder.write(name, whole.substr(0, whole.size() / 3));
-    ASSERT_EQ(0, engine->startAudioMixing(folder.path(name), LocalMixerModeMix, true, 0));
+    ASSERT_EQ(0, engine->startAudioMixing(folder.path(name), LMRTCMixerModeMix, true, 0));
     EXPECT_EQ("10 10 0 | 10 0", levels()) << name;
     advance(2s);
     EXPECT_EQ("state 3 , reason: 6", lastTold()) << name;
@@ -138,7 +144,7 @@ TEST_F(SoundFilesTest, BothSidesAreRecorded) {
   ASSERT_EQ(std::nullopt, local->recordSpeaker(folder.path("speaker.wav")));
   EXPECT_NE(std::nullopt, local->recordMicrophone(folder.path("no/folder.wav")));
   ASSERT_EQ(std::nullopt, local->recordMicrophone(folder.path("sent.wav")));
-  engine->startAudioMixing(writeTones(folder, "a.wav", {{500, 1}}), LocalMixerModeMix, true, 1);
+  engine->startAudioMixing(writeTones(folder, "a.wav", {{500, 1}}), LMRTCMixerModeMix, true, 1);
   advance(1s);
   ASSERT_EQ(std::nullopt, local->recordSpeaker({}));
   ASSERT_EQ(std::nullopt, local->recordMicrophone({}));

@@ -1,3 +1,7 @@
+#include <future>
+#include <stdexcept>
+#include <thread>
+
 #include "LumoRTCLibWrapper/model/LMRTCIWCustomStream.h"
 #include "tests/support/EngineTest.h"
 
@@ -78,6 +82,16 @@ TEST_F(LifecycleTest, ALogSinkMayCallBackIntoTheEngine) {
   engine->leaveRoom();
   LMFwLog::getInstance().setSink([](const LMFwLogEntry&) {});
   EXPECT_EQ("session of r1", session);
+}
+
+TEST(MainQueueTest, GoesOnAfterATaskThatThrows) {
+  MainQueue::setOwnThread(false);
+  MainQueue::async([] { throw std::runtime_error("from a host's task"); });
+  std::promise<std::thread::id> thread;
+  MainQueue::async([&thread] { thread.set_value(std::this_thread::get_id()); });
+  EXPECT_THROW(MainQueue::runPending(), std::runtime_error);
+  MainQueue::setOwnThread(true);
+  EXPECT_NE(std::this_thread::get_id(), thread.get_future().get());
 }
 
 }  // namespace

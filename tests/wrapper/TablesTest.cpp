@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "LumoRTCLibWrapper/model/LMRTCIWAudioConfig.h"
+#include "LumoRTCLibWrapper/model/LMRTCIWCustomLayout.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWEngineSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWRoomSetup.h"
 #include "LumoRTCLibWrapper/model/LMRTCIWVideoConfig.h"
@@ -111,6 +112,10 @@ TEST(Records, FreshRecordsDescribeTheirDefaults) {
             LMRTCIWAudioConfig().description());
   EXPECT_EQ("{\n  \"minBitrate\" : 0,\n  \"maxBitrate\" : 0,\n  \"fps\" : 1,\n  \"resolution\" : 11\n}",
             LMRTCIWVideoConfig().description());
+  EXPECT_EQ(
+      "{\n  \"type\" : 0,\n  \"userId\" : \"u1\",\n  \"tag\" : \"null\",\n  \"x\" : 0,\n  \"y\" : 0,\n"
+      "  \"width\" : 480,\n  \"height\" : 640\n}",
+      LMRTCIWCustomLayout("u1").description());
 
   LMRTCIWEngineSetup setup;
   setup.statsReportInterval = -3;

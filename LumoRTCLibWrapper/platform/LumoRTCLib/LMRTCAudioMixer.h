@@ -29,7 +29,7 @@ class LMRTCAudioMixer {
 
   /// Starts playing a file, in place of any other.
   /// @param playback   whether it is played locally too
-  /// @param mixerMode  the SDK's number of how the file and the microphone go together
+  /// @param mixerMode  LMRTCMixerMode
   /// @param loopCount  how many times the file plays
   /// @return whether the file can be played
   virtual bool startMixingWithURL(const std::string& url, bool playback, std::int64_t mixerMode,

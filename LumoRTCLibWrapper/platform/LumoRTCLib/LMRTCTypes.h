@@ -82,6 +82,13 @@ enum LMRTCVideoSizePreset : std::int64_t {
 enum LMRTCAudioQuality : std::int64_t {};
 enum LMRTCAudioScenario : std::int64_t {};
 
+/// How the audio mixer puts its file and the microphone together.
+enum LMRTCMixerMode : std::int64_t {
+  LMRTCMixerModeLocalOnly = 0,  ///< the file is not sent
+  LMRTCMixerModeMix = 1,        ///< both are sent
+  LMRTCMixerModeReplace = 2,    ///< the file is sent in place of the microphone, except while it is paused
+};
+
 /// How the live mix places its pictures.
 enum LMRTCMixLayoutMode : std::int64_t {
   LMRTCMixLayoutModeCustom = 1,      ///< where custom layouts say
