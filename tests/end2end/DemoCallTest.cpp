@@ -24,13 +24,7 @@ TEST(DemoOptionsTest, NetworkEchoAndPlotAreReadAndWrongValuesRefused) {
   EXPECT_EQ((NetworkModel{40ms, 10ms, 0.025, 900'000}), options.network);
   EXPECT_EQ(60, options.echo);
   EXPECT_TRUE(options.stats);
-  for (const Words& words : {Words{"--loss", "101"},
-                             {"--loss", "a"},
-                             {"--delay", "60001"},
-                             {"--bandwidth", "-1"},
-                             {"--echo", "0"},
-                             {"--plot", "a.jpg"},
-                             {"--watermark"}}) {
+  for (const Words& words : {Words{"--loss", "101"}, {"--loss", "a"}, {"--plot", "a.jpg"}, {"--watermark"}}) {
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(2, std::get<ExitCode>(parse(words)).value) << words.front();
     const std::string message = ::testing::internal::GetCapturedStderr();
