@@ -83,8 +83,8 @@ class MemoryCurve {
 /// Ten minutes of pictures and sound, as fast as they go; memory is looked at once a minute.
 void longFile(benchmark::State& state, const char* name) {
   const lumo::test::TempFolder folder;
-  const std::string path = lumo::test::writeClip(
-      folder, name, {.framesPerSecond = 10, .pictures = 6000, .toneHz = 440, .toneSeconds = 600});
+  const std::string path =
+      lumo::test::writeClip(folder, name, {.pictures = 6000, .toneHz = 440, .toneSeconds = 600});
   MemoryCurve memory;
   for (auto _ : state) {
     Call call;

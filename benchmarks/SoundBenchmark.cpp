@@ -77,7 +77,7 @@ void everything(benchmark::State& state) {
   LMRTCEngine::sharedInstance()->initWithConfig(LMRTCConfig());
   const auto effects = LMRTCEngine::sharedInstance()->audioEffectManager();
   if (state.range(0) > 0) {
-    LMRTCAudioMixer::sharedInstance()->startMixingWithURL(music, true, lumo::LMRTCMixerModeMix, 0);
+    LMRTCAudioMixer::sharedInstance()->startMixingWithURL(music, true, LMRTCMixerModeMix, 0);
   }
   for (std::int64_t i = 1; i < state.range(0); ++i) effects->playEffect(i, music, -1, true);
   local->advance(1s);
